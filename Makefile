@@ -1,0 +1,33 @@
+# Two entry points for a fresh machine:
+#   make demo   builds the library and runs the example host
+#   make test   builds and tests the x86-64, i386 and ASan/UBSan presets
+PRESETS := default i386 asan
+
+.PHONY: all test demo bench deps clean
+
+all: demo
+
+deps:
+	@scripts/install-deps.sh test
+
+test: deps
+	@set -e; for preset in $(PRESETS); do \
+	  echo "== $$preset =="; \
+	  cmake --preset $$preset >/dev/null; \
+	  cmake --build --preset $$preset; \
+	  ctest --preset $$preset; \
+	done
+
+demo: deps
+	@cmake --preset default >/dev/null
+	@cmake --build --preset default --target splinecore-demo
+	@./build/default/examples/splinecore-demo
+
+bench:
+	@scripts/install-deps.sh bench
+	@cmake --preset bench >/dev/null
+	@cmake --build --preset bench
+	@./build/bench/bench/splinecore_bench
+
+clean:
+	rm -rf build

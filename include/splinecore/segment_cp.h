@@ -1,0 +1,230 @@
+// SegmentCP: the control point of a spline.
+//
+// The member order, widths and flag bits are shared with the host and are
+// binding (the 32-bit layout is checked in the i386 build). The host fills
+// in `cache`, `p`, the links and the flags directly, then calls SetHead on
+// every stack it formed. Derived values (tangents, screen and muscle data)
+// are computed lazily and cached here, guarded by flag bits and by the
+// figure's two generation counters; a flag is always set before the value
+// it guards is computed, which bounds the mutual recursion of the getters.
+//
+// Calls on the control points of one figure must not overlap; separate
+// figures may be used from separate threads.
+#ifndef SPLINECORE_SEGMENT_CP_H
+#define SPLINECORE_SEGMENT_CP_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "splinecore/export.h"
+#include "splinecore/geometry.h"
+#include "splinecore/host.h"
+
+namespace splinecore {
+
+struct GroupNode;
+
+// Flag bits of SegmentCP::flags. Bits not named here are not used by the
+// library; they are copied with the others and free for the host.
+namespace cpflag {
+inline constexpr std::uint32_t smooth = 0x1u;
+inline constexpr std::uint32_t loopEnd = 0x4u;
+inline constexpr std::uint32_t hook = 0x10u;
+inline constexpr std::uint32_t exempt = 0x20u;
+inline constexpr std::uint32_t grouped = 0x40u;
+inline constexpr std::uint32_t skinA = 0x80u;
+inline constexpr std::uint32_t mconverted = 0x400u;
+inline constexpr std::uint32_t musclepCached = 0x800u;
+inline constexpr std::uint32_t lastHook = 0x1000u;
+inline constexpr std::uint32_t touched = 0x2000u;
+inline constexpr std::uint32_t itCached = 0x4000u;
+inline constexpr std::uint32_t otCached = 0x8000u;
+inline constexpr std::uint32_t converted = 0x10000u;
+inline constexpr std::uint32_t skinB = 0x20000u;
+inline constexpr std::uint32_t screenitCached = 0x80000u;
+inline constexpr std::uint32_t screenotCached = 0x100000u;
+inline constexpr std::uint32_t screenpCached = 0x200000u;
+inline constexpr std::uint32_t muscleMoved = 0x400000u;
+inline constexpr std::uint32_t pCached = 0x4000000u;
+inline constexpr std::uint32_t muscleDeltaCached = 0x8000000u;
+inline constexpr std::uint32_t mpCached = 0x10000000u;
+inline constexpr std::uint32_t mitCached = 0x20000000u;
+inline constexpr std::uint32_t motCached = 0x40000000u;
+inline constexpr std::uint32_t hasHooks = 0x80000000u;
+
+// Model caches: what a model generation mismatch clears.
+inline constexpr std::uint32_t modelCaches = muscleDeltaCached | musclepCached | pCached | otCached | itCached;
+// Screen caches: what a screen generation mismatch clears.
+inline constexpr std::uint32_t screenCaches = screenotCached | screenitCached | screenpCached;
+}  // namespace cpflag
+
+// Is/On/Off/Set for one flag bit; Set takes bit 0 of its argument.
+#define SPLINECORE_FLAG_OPS(Name, bit)                          \
+  int Is##Name() const { return (flags & (bit)) != 0; }         \
+  void On##Name() { flags |= (bit); }                           \
+  void Off##Name() { flags &= ~(bit); }                         \
+  void Set##Name(int on) {                                      \
+    if (on & 1) On##Name(); else Off##Name();                   \
+  }
+
+class SPLINECORE_API SegmentCP {
+ public:
+  SegmentCP* prev;  // previous on the spline; null at the start of an open spline
+  SegmentCP* next;  // next on the spline; the loopEnd point links to the first
+  std::uint32_t tag;    // the host's; copied, never read
+  std::uint32_t flags;  // cpflag bits
+  Vector p;             // model-space position
+  Vector it;            // cached model-space in-tangent
+  Vector ot;            // cached model-space out-tangent
+  Vector screenp;       // cached screen position (the head's is the one used)
+  Vector screenit;      // cached screen in-handle point
+  Vector screenot;      // cached screen out-handle point
+  Vector mit;           // muscle in-tangent, then the muscle in-handle point
+  Vector mot;           // muscle out-tangent, then the muscle out-handle point
+  Delta indelta;        // turn and scale of the in-tangent
+  Delta outdelta;       // turn and scale of the out-tangent
+  SegmentCP* stackNext;  // lower member of the attached stack
+  SegmentCP* stackPrev;  // upper member of the attached stack
+  SegmentCP* head;       // top of the stack; a hook's own address
+  FigureCache* cache;    // set by the host
+  std::uint32_t id;      // index into the figure's muscle tables
+  std::uint8_t stamp;        // generation of the last model validation
+  std::uint8_t screenStamp;  // screenGeneration of the last screen validation
+
+  // --- Construction, memory (the record) ---------------------------------
+  // Sets cache to null and stamp to 255; every other member keeps what the
+  // allocation left (AllocSeg blocks are zero-filled, so nothing is cached).
+  SegmentCP();
+  // As above, then id = cache->nextId++. The pointer is not stored.
+  explicit SegmentCP(FigureCache* figureCache);
+  SegmentCP(const SegmentCP& other);             // copies every member
+  SegmentCP& operator=(const SegmentCP& other);  // copies every member
+  // Leaves the figure's group list (skin or plain) and releases the muscle
+  // data of this id in every muscle table. Does not unlink: DeleteCP does.
+  ~SegmentCP();
+  static void* operator new(std::size_t size);  // AllocSeg
+  static void operator delete(void* block);     // FreeSeg
+  // Arrays come from the general heap (no class-specific array allocation).
+
+  // --- Muscle data, deltas, figure and skin flags --------------------------
+  MuscleCPData* GetMuscleCPData();  // null without table, array or entry
+  int IsMuscle();                   // 1 when GetMuscleCPData() is not null
+  // The Delta in force: the muscle record's in muscle mode when there is
+  // one, else the control point's own. Nothing is refreshed.
+  Delta& Getindelta();
+  Delta& Getoutdelta();
+  int IsIn();  // bit 0 of the figure's figureFlags; needs cache and figure
+  void OnIn();
+  void OffIn();
+  void SetIn(int on);  // bit 0 of `on` becomes the In flag
+  int IsSkin();        // skinA or skinB
+  void OffSkin();      // clears both
+
+  // --- Splines and stacks ---------------------------------------------------
+  SegmentCP* GetNext();
+  void SetNext(SegmentCP* n);
+  SegmentCP* GetPrev();
+  void SetPrev(SegmentCP* p);
+  SegmentCP** GetNextUplink();
+  SegmentCP** GetPrevUplink();
+  // Re-derives head, hasHooks and lastHook for this control point's whole
+  // stack. Call after every change of a stack's membership or order.
+  void SetHead();
+  // Marks derived data stale: clears converted, mconverted, mpCached,
+  // motCached, mitCached and moves both stamps one down. Mode bit 0 sets
+  // `touched`, else bit 1 clears it.
+  void Touch(std::int32_t mode);
+
+  // --- Positions (cached) ---------------------------------------------------
+  // Preconditions for all getters: cache and head set; screen getters also
+  // need the figure's ViewRecord.
+  Vector& Getp();            // current model position (the head's p)
+  Vector& Getmp();           // head's p after bringing a hook's muscle placement up to date
+  Vector& Getmusclep();      // muscle-mode position (see Getp)
+  Vector& Getnonmusclep();   // own p, after leaving the muscle state
+  Vector& Getscreenp();      // head's screenp, brought up to date
+  void SetPrevp();           // head's screenp into the muscle table's prevp[head id];
+                             // does nothing without a table or a covering array
+  void OffCacheditot();
+  void OffCachedpitot();
+  void OffCachedmitot();
+  void OffCachedmpitot();
+  void OffCachedscreenitot();
+  void OffCachedscreenpitot();
+
+  // --- Tangents ---------------------------------------------------------------
+  // Computes in- and out-tangent (and, when both normal pointers are given,
+  // the normal of the local plane) from the neighbours' positions: screen
+  // positions when `screen` is nonzero, else muscle-placement model
+  // positions. Returns 1 when the tangents come with a normal. A hook
+  // returns 0 and writes nothing.
+  int GetTangents(Vector* inTangent, Vector* outTangent, Vector* inNormal, Vector* outNormal, int screen);
+  Vector& Getit();        // model in-tangent
+  Vector& Getot();        // model out-tangent
+  Vector& Getscreenit();  // screen in-handle point
+  Vector& Getscreenot();  // screen out-handle point
+  Vector& Getmit();       // muscle in-handle point
+  Vector& Getmot();       // muscle out-handle point
+
+  // --- Conversion -----------------------------------------------------------
+  // Writes it/ot from screen-space tangents carried back to model space.
+  // Neither tests nor sets `converted`: the getters do.
+  void Convert();
+  // Writes mit/mot as muscle-mode tangents. Neither tests nor sets `mconverted`.
+  void MConvert();
+
+  // --- Group lists ------------------------------------------------------------
+  // Appends unless already listed (always returns 1); sets `grouped` when
+  // `mark` is nonzero and a node was added. If AllocExt fails, nothing is
+  // added and `grouped` is not set (still returns 1).
+  int AddToGroup(GroupNode** list, int mark);
+  int AddToGroupNoCheck(GroupNode** list);  // prepends; 0 when AllocExt fails
+  int DeleteFromGroup(GroupNode** list);    // removes the first node; 1 removed, 0 not listed
+  int IsAnyGrouped();  // head or a member below it carries `grouped`
+
+  // --- Flag operations --------------------------------------------------------
+  SPLINECORE_FLAG_OPS(Smooth, cpflag::smooth)
+  SPLINECORE_FLAG_OPS(LoopEnd, cpflag::loopEnd)
+  SPLINECORE_FLAG_OPS(Hook, cpflag::hook)
+  SPLINECORE_FLAG_OPS(Exempt, cpflag::exempt)
+  SPLINECORE_FLAG_OPS(Grouped, cpflag::grouped)
+  SPLINECORE_FLAG_OPS(SkinA, cpflag::skinA)
+  SPLINECORE_FLAG_OPS(Mconverted, cpflag::mconverted)
+  SPLINECORE_FLAG_OPS(MusclepCached, cpflag::musclepCached)
+  SPLINECORE_FLAG_OPS(LastHook, cpflag::lastHook)
+  SPLINECORE_FLAG_OPS(Touched, cpflag::touched)
+  SPLINECORE_FLAG_OPS(ItCached, cpflag::itCached)
+  SPLINECORE_FLAG_OPS(OtCached, cpflag::otCached)
+  SPLINECORE_FLAG_OPS(Converted, cpflag::converted)
+  SPLINECORE_FLAG_OPS(SkinB, cpflag::skinB)
+  SPLINECORE_FLAG_OPS(ScreenitCached, cpflag::screenitCached)
+  SPLINECORE_FLAG_OPS(ScreenotCached, cpflag::screenotCached)
+  SPLINECORE_FLAG_OPS(ScreenpCached, cpflag::screenpCached)
+  SPLINECORE_FLAG_OPS(MuscleMoved, cpflag::muscleMoved)
+  SPLINECORE_FLAG_OPS(PCached, cpflag::pCached)
+  SPLINECORE_FLAG_OPS(MuscleDeltaCached, cpflag::muscleDeltaCached)
+  SPLINECORE_FLAG_OPS(MpCached, cpflag::mpCached)
+  SPLINECORE_FLAG_OPS(MitCached, cpflag::mitCached)
+  SPLINECORE_FLAG_OPS(MotCached, cpflag::motCached)
+  SPLINECORE_FLAG_OPS(HasHooks, cpflag::hasHooks)
+};
+
+#undef SPLINECORE_FLAG_OPS
+
+// Unlinks c from its spline (moving loopEnd to its prev when it was the
+// last point of a closed spline) and from its stack (a removed stack top
+// first copies its p into the members below), then destroys and frees it.
+// *first is updated when c was the first control point.
+// When `first` or *first is null, or c is not reached from *first before the
+// walk passes the loopEnd point, nothing changes and nothing is freed.
+// The only point of a closed spline (its next is itself) is unlinked from
+// its stack and freed, and *first becomes null.
+SPLINECORE_API void DeleteCP(SegmentCP** first, SegmentCP* c);
+// Destroys and frees every control point of the spline that starts at
+// `first` (walking to the loopEnd point or the end), unlinking each from its
+// stack. A null `first` does nothing.
+SPLINECORE_API void DeleteAllCP(SegmentCP* first);
+
+}  // namespace splinecore
+
+#endif

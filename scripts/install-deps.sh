@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build needs, when any is missing.
+# Usage: scripts/install-deps.sh [test|bench|demo]...
+set -euo pipefail
+
+packages=(cmake ninja-build g++ g++-multilib googletest pkgconf binutils)
+for need in "$@"; do
+  case "$need" in
+    bench) packages+=(libbenchmark-dev lib2geom-dev) ;;
+    demo|test) ;;
+    *) echo "install-deps: unknown set '$need'" >&2; exit 2 ;;
+  esac
+done
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+if [ "$(id -u)" -ne 0 ]; then
+  echo "install-deps: missing Debian packages: ${missing[*]}" >&2
+  echo "install-deps: run as root, or: sudo apt-get install ${missing[*]}" >&2
+  exit 1
+fi
+echo "install-deps: installing ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq
+apt-get install -y -qq --no-install-recommends "${missing[@]}"

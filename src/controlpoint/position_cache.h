@@ -1,0 +1,46 @@
+// Staleness rules shared by the position, tangent and conversion code
+// (internal).
+#ifndef SPLINECORE_SRC_CONTROLPOINT_POSITION_CACHE_H
+#define SPLINECORE_SRC_CONTROLPOINT_POSITION_CACHE_H
+
+#include "splinecore/segment_cp.h"
+
+namespace splinecore {
+
+inline bool IsMuscleMode(const SegmentCP* c) { return (c->cache->mode & kMuscleMode) != 0; }
+
+// When x's stamp differs from the figure's generation: take the generation
+// and clear x's model caches.
+inline void CheckModelGeneration(SegmentCP* x) {
+  const std::uint8_t generation = x->cache->generation;
+  if (x->stamp != generation) {
+    x->stamp = generation;
+    x->flags &= ~cpflag::modelCaches;
+  }
+}
+
+// The same for screenStamp, screenGeneration and the screen caches.
+inline void CheckScreenGeneration(SegmentCP* x) {
+  const std::uint8_t generation = x->cache->screenGeneration;
+  if (x->screenStamp != generation) {
+    x->screenStamp = generation;
+    x->flags &= ~cpflag::screenCaches;
+  }
+}
+
+// The carrier of hook h: the first non-hook reached along stackPrev, or
+// null when there is none.
+inline SegmentCP* FindCarrier(SegmentCP* h) {
+  SegmentCP* c = h->stackPrev;
+  while (c != nullptr && c->IsHook()) c = c->stackPrev;
+  return c;
+}
+
+// For a hook k whose mpCached is clear: place its carrier's run in muscle
+// mode (MHookRange), then mark every hook of the run mpCached with its
+// mitCached and motCached cleared. Otherwise nothing.
+void RefreshMuscleHookRun(SegmentCP* k);
+
+}  // namespace splinecore
+
+#endif

@@ -1,0 +1,22 @@
+// Turning and scaling one tangent by a Delta (internal).
+#ifndef SPLINECORE_SRC_CONVERT_APPLY_DELTA_H
+#define SPLINECORE_SRC_CONVERT_APPLY_DELTA_H
+
+#include "splinecore/geometry.h"
+
+namespace splinecore {
+
+// Turns t toward `normal` by `pitch` degrees, then toward t x normal by
+// `yaw`, and scales it by |t| then by `magnitude`. A zero t is left alone
+// (normal too); a zero normal is not normalised.
+void ApplyDelta(Vector& t, float pitch, float yaw, float magnitude, Vector& normal);
+
+// Turns a toward b by `degrees` measured on the square (a, b, -a, -b),
+// normalised. out must not alias a or b. Zero degrees copies a unchanged; a
+// non-finite angle, or one whose integer part does not fit a 32-bit int,
+// also gives out = a.
+void TurnToward(const Vector& a, const Vector& b, Vector& out, float degrees);
+
+}  // namespace splinecore
+
+#endif

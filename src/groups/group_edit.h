@@ -1,0 +1,17 @@
+// Internal helpers of the group edits.
+#ifndef SPLINECORE_SRC_GROUPS_GROUP_EDIT_H
+#define SPLINECORE_SRC_GROUPS_GROUP_EDIT_H
+
+#include <cstdint>
+
+#include "splinecore/segment_cp.h"
+
+namespace splinecore {
+
+// Touches, with `mode`, every hook of the run that starts at h and the two
+// spline neighbours on one side of each (skipping `exempt` ones).
+void TouchHookRun(SegmentCP* h, std::int32_t mode);
+
+}  // namespace splinecore
+
+#endif

@@ -1,0 +1,18 @@
+// Cutting a cubic Bezier between two parameters (internal).
+#ifndef SPLINECORE_SRC_HOOKS_SUBDIVIDE_BEZIER_H
+#define SPLINECORE_SRC_HOOKS_SUBDIVIDE_BEZIER_H
+
+#include "splinecore/geometry.h"
+
+namespace splinecore {
+
+// The Bezier points of the piece of (c0, c1, c2, c3) from parameter a to b,
+// by blossoming: out0 = B(a,a,a), out1 = B(a,a,b), out2 = B(a,b,b),
+// out3 = B(b,b,b). The outputs must be distinct from each other and from c0
+// and c3.
+void SubdivideBezier(const Vector* c0, Vector c1, Vector c2, const Vector* c3, float a, float b,
+                     Vector* out0, Vector* out1, Vector* out2, Vector* out3);
+
+}  // namespace splinecore
+
+#endif
