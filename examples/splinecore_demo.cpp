@@ -1,6 +1,7 @@
 // Example host: builds an open and a closed spline that cross at a stack,
 // prints their structure and deletes them.
 #include <cstdio>
+#include <initializer_list>
 
 #include "marrow/marrow.h"
 #include "splinecore/splinecore.h"
