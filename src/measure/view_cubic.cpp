@@ -1,0 +1,32 @@
+#include "measure/view_cubic.h"
+
+namespace splinecore {
+
+namespace {
+
+const Matrix& ViewOf(const SegmentCP* c) { return c->cache->view->viewMatrix; }
+
+Vector ViewDirection(const SegmentCP* c, Vector v) {
+  TransformDirection(ViewOf(c), v);
+  return v;
+}
+
+}  // namespace
+
+void ViewCubic(SegmentCP* c, Cubic* cubic) {
+  SegmentCP* n = c->GetNext();
+  cubic->p0 = TransformPoint(ViewOf(n), n->Getp());
+  cubic->p1 = TransformPoint(ViewOf(c), c->Getp());
+  cubic->t0 = ViewDirection(n, n->Getot());
+  cubic->t1 = ViewDirection(c, c->Getit());
+}
+
+void InitChordColumn(Column* col, const Cubic* cubic) {
+  FDSteps steps;
+  InitFDSteps(kChordCount, &steps);
+  CubicPoly poly;
+  CubicToPoly(&poly, cubic);
+  InitColumn(col, &poly, &steps);
+}
+
+}  // namespace splinecore
