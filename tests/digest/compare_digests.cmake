@@ -1,0 +1,13 @@
+# Runs two digest programs and fails unless they print the same line.
+if(NOT EXISTS ${REFERENCE})
+  message(FATAL_ERROR "no x86-64 digest program at ${REFERENCE}: build the default preset first")
+endif()
+execute_process(COMMAND ${OWN} OUTPUT_VARIABLE own RESULT_VARIABLE own_status)
+execute_process(COMMAND ${REFERENCE} OUTPUT_VARIABLE reference RESULT_VARIABLE reference_status)
+if(NOT own_status EQUAL 0 OR NOT reference_status EQUAL 0)
+  message(FATAL_ERROR "a digest program failed (${own_status}, ${reference_status})")
+endif()
+if(NOT own STREQUAL reference)
+  message(FATAL_ERROR "results differ between builds:\n  this build: ${own}  x86-64:     ${reference}")
+endif()
+message(STATUS "bit-identical: ${own}")
