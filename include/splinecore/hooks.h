@@ -63,7 +63,8 @@ class SPLINECORE_API HookSegmentCP : public SegmentCP {
 // results back with inverseScreenMatrix. A carrier without a run, or
 // without a next, writes nothing.
 SPLINECORE_API void HookRange(SegmentCP* carrier);
-// The same from the muscle-mode positions and handles; no transform.
+// The same from the muscle-mode positions and handles; no transform. A
+// carrier without a run, or without a next, writes nothing.
 SPLINECORE_API void MHookRange(SegmentCP* carrier);
 
 }  // namespace splinecore

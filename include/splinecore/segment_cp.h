@@ -142,7 +142,8 @@ class SPLINECORE_API SegmentCP {
   Vector& Getmp();           // head's p after bringing a hook's muscle placement up to date
   Vector& Getmusclep();      // muscle-mode position (see Getp)
   Vector& Getnonmusclep();   // own p, after leaving the muscle state
-  Vector& Getscreenp();      // head's screenp, brought up to date
+  Vector& Getscreenp();      // head's screenp, brought up to date; places a
+                             // hook's run first (not for a hook without carrier)
   void SetPrevp();           // head's screenp into the muscle table's prevp[head id];
                              // does nothing without a table or a covering array
   void OffCacheditot();
@@ -159,18 +160,28 @@ class SPLINECORE_API SegmentCP {
   // positions. Returns 1 when the tangents come with a normal. A hook
   // returns 0 and writes nothing.
   int GetTangents(Vector* inTangent, Vector* outTangent, Vector* inNormal, Vector* outNormal, int screen);
+  // A hook whose carrier is missing, whose carrier has no next, or that
+  // lacks a partner gets a zero tangent and is not converted; the screen
+  // handle is then the transformed head position.
   Vector& Getit();        // model in-tangent
   Vector& Getot();        // model out-tangent
   Vector& Getscreenit();  // screen in-handle point
   Vector& Getscreenot();  // screen out-handle point
-  Vector& Getmit();       // muscle in-handle point
-  Vector& Getmot();       // muscle out-handle point
+  // Muscle handle points Getmp(head) -/+ tangent/3 for the tangents MConvert
+  // last wrote. A getter whose flag is clear always runs MConvert (setting
+  // mconverted, mitCached and motCached first) and converts BOTH members, so
+  // Getmit + Getmot cost one MConvert and a cleared flag never converts a
+  // handle point twice. No generation check. Hooks as for Getit.
+  Vector& Getmit();
+  Vector& Getmot();
 
   // --- Conversion -----------------------------------------------------------
   // Writes it/ot from screen-space tangents carried back to model space.
   // Neither tests nor sets `converted`: the getters do.
   void Convert();
   // Writes mit/mot as muscle-mode tangents. Neither tests nor sets `mconverted`.
+  // A hook without a spline neighbour, without a carrier with a next, or
+  // without a partner is left as it was by both conversions.
   void MConvert();
 
   // --- Group lists ------------------------------------------------------------

@@ -38,7 +38,8 @@ inline SegmentCP* FindCarrier(SegmentCP* h) {
 
 // For a hook k whose mpCached is clear: place its carrier's run in muscle
 // mode (MHookRange), then mark every hook of the run mpCached with its
-// mitCached and motCached cleared. Otherwise nothing.
+// mitCached and motCached cleared. Otherwise, and for a hook without a
+// carrier, nothing.
 void RefreshMuscleHookRun(SegmentCP* k);
 
 }  // namespace splinecore

@@ -1,0 +1,72 @@
+// HookSegmentCP: construction, the parameter s and the piece accessors.
+#include "hooks/snap.h"
+#include "splinecore/hooks.h"
+
+namespace splinecore {
+
+HookSegmentCP::HookSegmentCP() : SegmentCP() { OnHook(); }
+
+HookSegmentCP::HookSegmentCP(FigureCache* figureCache) : SegmentCP(figureCache) {}
+
+HookSegmentCP::HookSegmentCP(SegmentCP* cp, float param) : SegmentCP() {
+  s = param;
+  flags = cp->flags | cpflag::hook;
+  p = cp->p;
+  tag = cp->tag;
+  indelta = cp->indelta;
+  outdelta = cp->outdelta;
+  stackNext = cp->stackNext;
+  stackPrev = cp->stackPrev;
+  prev = cp->prev;
+  next = cp->next;
+  id = cp->id;
+  stamp = cp->stamp;
+  screenStamp = cp->screenStamp;
+  head = this;
+  // Model and screen caches start stale; the muscle and conversion flags
+  // stay as copied until Touch clears them.
+  flags &= ~(cpflag::muscleDeltaCached | cpflag::musclepCached | cpflag::pCached | cpflag::otCached |
+             cpflag::itCached | cpflag::screenotCached | cpflag::screenitCached | cpflag::screenpCached);
+}
+
+HookSegmentCP::HookSegmentCP(const HookSegmentCP& other) = default;
+
+HookSegmentCP& HookSegmentCP::operator=(const HookSegmentCP& other) = default;
+
+HookSegmentCP::~HookSegmentCP() = default;
+
+float HookSegmentCP::GetS() {
+  s = SnapS(s);
+  return s;
+}
+
+void HookSegmentCP::SetS(float value) { s = value; }
+
+Vector& HookSegmentCP::Gettempv() { return tempv; }
+
+Vector* HookSegmentCP::Gethit() {
+  Getscreenp();
+  return &hit;
+}
+
+Vector* HookSegmentCP::Gethot() {
+  Getscreenp();
+  return &hot;
+}
+
+Vector* HookSegmentCP::Getpit() {
+  Getscreenp();
+  return &pit;
+}
+
+Vector* HookSegmentCP::Getpot() {
+  Getscreenp();
+  return &pot;
+}
+
+Vector* HookSegmentCP::Getmhit() { return &mhit; }
+Vector* HookSegmentCP::Getmhot() { return &mhot; }
+Vector* HookSegmentCP::Getmpit() { return &mpit; }
+Vector* HookSegmentCP::Getmpot() { return &mpot; }
+
+}  // namespace splinecore

@@ -1,0 +1,357 @@
+// The position cache: model, muscle-mode and screen positions, the
+// generation checks, the invalidators and the muscle hook run refresh.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+#include "controlpoint/position_cache.h"
+#include "marrow/marrow.h"
+#include "test_figure.h"
+
+namespace splinecore {
+namespace {
+
+using test::MakeMatrix;
+using test::TestFigure;
+
+// Moves the position by a fixed offset and counts its calls.
+class MoveBy : public MuscleEffect {
+ public:
+  explicit MoveBy(Vector offset) : offset_(offset) {}
+  std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector* position) override {
+    ++positionCalls;
+    *position += offset_;
+    return offset_ != Vector(0, 0, 0);
+  }
+  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
+  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
+  int positionCalls = 0;
+
+ private:
+  Vector offset_;
+};
+
+// Writes fixed delta values and reports fixed flags.
+class SetDeltas : public MuscleEffect {
+ public:
+  SetDeltas(Delta in, std::int16_t inFlags, Delta out, std::int16_t outFlags)
+      : in_(in), out_(out), inFlags_(inFlags), outFlags_(outFlags) {}
+  std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector*) override { return 0; }
+  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta* d) override {
+    ++deltaCalls;
+    *d = in_;
+    return inFlags_;
+  }
+  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta* d) override {
+    *d = out_;
+    return outFlags_;
+  }
+  int deltaCalls = 0;
+
+ private:
+  Delta in_, out_;
+  std::int16_t inFlags_, outFlags_;
+};
+
+class PositionCacheTest : public ::testing::Test {
+ protected:
+  void TearDown() override {
+    figure_.reset();
+    EXPECT_EQ(MarrowLiveBlocks(), live_);
+  }
+  TestFigure& F() { return *figure_; }
+
+  long live_ = MarrowLiveBlocks();
+  std::unique_ptr<TestFigure> figure_ = std::make_unique<TestFigure>();
+};
+
+// --- Model position ----------------------------------------------------------
+
+TEST_F(PositionCacheTest, GetpOutsideMuscleModeOnlyChecksTheGeneration) {
+  SegmentCP* a = F().NewCP(Vector(1, 2, 3), cpflag::converted | cpflag::itCached | cpflag::screenpCached);
+  SegmentCP* b = F().NewCP(Vector(4, 5, 6), cpflag::converted);
+  F().Open({a, b});
+  F().cache.generation = 9;
+  Vector& p = a->Getp();
+  EXPECT_EQ(&p, &a->p);
+  EXPECT_EQ(a->stamp, 9);
+  // Model caches cleared by the mismatch; nothing else touched.
+  EXPECT_EQ(a->flags, cpflag::converted | cpflag::screenpCached);
+  EXPECT_EQ(b->flags, cpflag::converted);
+}
+
+TEST_F(PositionCacheTest, StackMemberGetsHeadPositionButNonMuscleGivesItsOwn) {
+  SegmentCP* top = F().NewCP(Vector(1, 1, 1));
+  SegmentCP* member = F().NewCP(Vector(7, 7, 7));
+  F().Open({top});
+  F().Open({member});
+  TestFigure::Stack({top, member});
+  EXPECT_EQ(&member->Getp(), &top->p);
+  EXPECT_EQ(&member->Getnonmusclep(), &member->p);
+}
+
+TEST_F(PositionCacheTest, GetnonmusclepUnconvertsFromTheCallerDown) {
+  SegmentCP* top = F().NewCP(Vector(0, 0, 0), cpflag::converted);
+  SegmentCP* member = F().NewCP(Vector(0, 0, 0), cpflag::converted | cpflag::muscleMoved);
+  SegmentCP* bottom = F().NewCP(Vector(0, 0, 0), cpflag::converted);
+  SegmentCP* bottomNext = F().NewCP(Vector(1, 0, 0), cpflag::converted);
+  SegmentCP* memberPrev = F().NewCP(Vector(2, 0, 0), cpflag::converted);
+  F().Open({top});
+  F().Open({memberPrev, member});
+  F().Open({bottom, bottomNext});
+  TestFigure::Stack({top, member, bottom});
+  member->Getnonmusclep();
+  EXPECT_FALSE(member->IsMuscleMoved());
+  EXPECT_TRUE(top->IsConverted());  // above the caller
+  for (SegmentCP* cp : {member, bottom, bottomNext, memberPrev}) EXPECT_FALSE(cp->IsConverted());
+}
+
+TEST_F(PositionCacheTest, OutsideMuscleModeMuscleDataUnconvertsOnEveryCall) {
+  SegmentCP* a = F().NewCP(Vector(0, 0, 0));
+  SegmentCP* b = F().NewCP(Vector(1, 0, 0));
+  SegmentCP* c = F().NewCP(Vector(2, 0, 0));
+  F().Open({a, b, c});
+  F().AddMuscleTable(8);
+  F().AddMuscleData(b);
+  for (int call = 0; call < 2; ++call) {
+    for (SegmentCP* cp : {a, b, c}) cp->OnConverted();
+    b->OnMuscleMoved();
+    EXPECT_EQ(&b->Getp(), &b->p);
+    EXPECT_FALSE(b->IsMuscleMoved());
+    for (SegmentCP* cp : {a, b, c}) EXPECT_FALSE(cp->IsConverted()) << "call " << call;
+  }
+}
+
+// --- Muscle-mode position --------------------------------------------------------
+
+TEST_F(PositionCacheTest, MovingEffectGivesMovedPositionOncePerGeneration) {
+  SegmentCP* a = F().NewCP(Vector(0, 0, 0), cpflag::converted);
+  SegmentCP* b = F().NewCP(Vector(1, 0, 0), cpflag::converted);
+  SegmentCP* c = F().NewCP(Vector(2, 0, 0), cpflag::converted);
+  F().Open({a, b, c});
+  F().AddMuscleTable(8);
+  MuscleCPData* data = F().AddMuscleData(b);
+  MoveBy* move = F().AddEffect<MoveBy>(data, Vector(0, 0.5f, 0));
+  F().SetMuscleMode(true);
+
+  Vector& moved = b->Getp();
+  EXPECT_EQ(&moved, &data->position);
+  EXPECT_EQ(moved == Vector(1, 0.5f, 0), 1);
+  EXPECT_TRUE(b->IsMuscleMoved());
+  for (SegmentCP* cp : {a, b, c}) EXPECT_FALSE(cp->IsConverted());
+
+  // Cached: no effect runs again, nothing is unconverted.
+  for (SegmentCP* cp : {a, b, c}) cp->OnConverted();
+  EXPECT_EQ(&b->Getp(), &data->position);
+  EXPECT_EQ(move->positionCalls, 1);
+  EXPECT_TRUE(a->IsConverted());
+
+  // A new generation recomputes; the same place with muscleMoved already
+  // set unconverts nothing.
+  ++F().cache.generation;
+  EXPECT_EQ(b->Getp() == Vector(1, 0.5f, 0), 1);
+  EXPECT_EQ(move->positionCalls, 2);
+  for (SegmentCP* cp : {a, b, c}) EXPECT_TRUE(cp->IsConverted());
+}
+
+TEST_F(PositionCacheTest, EffectsThatDoNotMoveGiveTheCallersOwnPosition) {
+  SegmentCP* top = F().NewCP(Vector(1, 1, 1));
+  SegmentCP* member = F().NewCP(Vector(5, 5, 5));
+  F().Open({top});
+  F().Open({member});
+  TestFigure::Stack({top, member});
+  F().AddMuscleTable(8);
+  MuscleCPData* data = F().AddMuscleData(top);
+  data->position = Vector(9, 9, 9);
+  F().AddEffect<MoveBy>(data, Vector(0, 0, 0));
+  F().SetMuscleMode(true);
+  EXPECT_EQ(&member->Getp(), &member->p);
+  EXPECT_EQ(data->position == top->p, 1);  // written although unused
+  EXPECT_FALSE(top->IsMuscleMoved());
+}
+
+TEST_F(PositionCacheTest, MuscleDeltasAddAnglesAndScaleMagnitudeOnlyOnBitFour) {
+  SegmentCP* scaled = F().NewCP(Vector(0, 0, 0), cpflag::converted);
+  SegmentCP* kept = F().NewCP(Vector(1, 0, 0), cpflag::converted);
+  F().Open({scaled});
+  F().Open({kept});
+  for (SegmentCP* cp : {scaled, kept}) {
+    cp->indelta = Delta{10, 20, 2};
+    cp->outdelta = Delta{-1, 0, 3};
+  }
+  F().AddMuscleTable(8);
+  MuscleCPData* scaledData = F().AddMuscleData(scaled);
+  MuscleCPData* keptData = F().AddMuscleData(kept);
+  F().AddEffect<SetDeltas>(scaledData, Delta{5, -20, 0.5f}, std::int16_t{4}, Delta{0, 0, 1}, std::int16_t{0});
+  F().AddEffect<SetDeltas>(keptData, Delta{5, -20, 0.5f}, std::int16_t{1}, Delta{1, 0, 1}, std::int16_t{2});
+  F().SetMuscleMode(true);
+
+  scaled->Getmusclep();
+  EXPECT_EQ(scaledData->indelta.pitch, 15.0f);
+  EXPECT_EQ(scaledData->indelta.yaw, 0.0f);
+  EXPECT_EQ(scaledData->indelta.magnitude, 1.0f);  // 2 * 0.5
+  EXPECT_EQ(scaledData->outdelta.pitch, -1.0f);
+  EXPECT_EQ(scaledData->outdelta.magnitude, 3.0f);
+  EXPECT_TRUE(scaled->IsMuscleMoved());
+  EXPECT_FALSE(scaled->IsConverted());
+
+  kept->Getmusclep();
+  EXPECT_EQ(keptData->indelta.magnitude, 2.0f);  // no bit 4: own magnitude
+  EXPECT_EQ(keptData->outdelta.pitch, 0.0f);
+  EXPECT_TRUE(kept->IsMuscleMoved());
+
+  // Cached until the generation moves: no effect call, no unconverting.
+  kept->OnConverted();
+  kept->Getmusclep();
+  EXPECT_TRUE(kept->IsConverted());
+  ++F().cache.generation;
+  kept->Getp();  // same deltas again: still converted
+  EXPECT_TRUE(kept->IsConverted());
+}
+
+TEST_F(PositionCacheTest, CachedHeadPositionSkipsTheDeltas) {
+  SegmentCP* cp = F().NewCP(Vector(0, 0, 0));
+  F().Open({cp});
+  cp->indelta = Delta{1, 1, 1};
+  F().AddMuscleTable(8);
+  MuscleCPData* data = F().AddMuscleData(cp);
+  SetDeltas* effect = F().AddEffect<SetDeltas>(data, Delta{1, 0, 1}, std::int16_t{1}, Delta{0, 0, 1},
+                                               std::int16_t{0});
+  F().SetMuscleMode(true);
+  cp->Getmusclep();
+  EXPECT_EQ(effect->deltaCalls, 1);
+  cp->OffMuscleDeltaCached();
+  cp->Getmusclep();  // musclepCached still set: returns before the deltas
+  EXPECT_EQ(effect->deltaCalls, 1);
+}
+
+TEST_F(PositionCacheTest, WithoutHeadDataInMuscleModeTheHeadPositionServes) {
+  SegmentCP* top = F().NewCP(Vector(1, 1, 1));
+  SegmentCP* member = F().NewCP(Vector(5, 5, 5));
+  F().Open({top});
+  F().Open({member});
+  TestFigure::Stack({top, member});
+  F().AddMuscleTable(8);
+  F().SetMuscleMode(true);
+  EXPECT_EQ(&member->Getp(), &top->p);
+  // Member data without head data: Getmusclep, no move, the member's own p.
+  F().AddMuscleData(member);
+  EXPECT_EQ(&member->Getp(), &member->p);
+}
+
+// --- Screen position --------------------------------------------------------------
+
+TEST_F(PositionCacheTest, ScreenPositionIsTheHeadsAndFollowsScreenGeneration) {
+  SegmentCP* top = F().NewCP(Vector(1, 2, 3));
+  SegmentCP* member = F().NewCP(Vector(1, 2, 3));
+  F().Open({top});
+  F().Open({member});
+  TestFigure::Stack({top, member});
+  F().SetScreen(MakeMatrix({2, 0, 0, 1, 0, 2, 0, 0, 0, 0, 2, 0}), MakeMatrix({0.5f, 0, 0, -0.5f, 0, 0.5f, 0,
+                                                                              0, 0, 0, 0.5f, 0}));
+  Vector& s = member->Getscreenp();
+  EXPECT_EQ(&s, &top->screenp);
+  EXPECT_EQ(s == Vector(3, 4, 6), 1);
+  EXPECT_EQ(&top->Getscreenp(), &s);
+
+  // Cached: a moved p is not seen until the screen generation changes.
+  top->p = Vector(0, 0, 0);
+  EXPECT_EQ(top->Getscreenp() == Vector(3, 4, 6), 1);
+  ++F().cache.screenGeneration;
+  EXPECT_EQ(member->Getscreenp() == Vector(1, 0, 0), 1);
+
+  top->OffCachedscreenitot();
+  EXPECT_TRUE(top->IsScreenpCached());
+}
+
+TEST_F(PositionCacheTest, SetPrevpStoresTheStaleHeadScreenPosition) {
+  SegmentCP* top = F().NewCP(Vector(1, 2, 3));
+  SegmentCP* member = F().NewCP(Vector(1, 2, 3));
+  F().Open({top});
+  F().Open({member});
+  TestFigure::Stack({top, member});
+  member->SetPrevp();  // no muscle table: nothing happens
+  top->screenp = Vector(4, 5, 6);  // not brought up to date by SetPrevp
+  MuscleTable* table = F().AddMuscleTable(static_cast<std::uint16_t>(top->id + 1));
+  member->SetPrevp();
+  EXPECT_EQ(table->prevp[top->id] == Vector(4, 5, 6), 1);
+  EXPECT_FALSE(top->IsScreenpCached());
+
+  table->prevp[top->id] = Vector(0, 0, 0);
+  table->count = static_cast<std::uint16_t>(top->id);  // too short
+  member->SetPrevp();
+  EXPECT_EQ(table->prevp[top->id] == Vector(0, 0, 0), 1);
+}
+
+// --- Invalidators -------------------------------------------------------------------
+
+TEST_F(PositionCacheTest, EachOffCachedClearsExactlyItsFlags) {
+  using Op = void (SegmentCP::*)();
+  struct Case {
+    Op op;
+    std::uint32_t cleared;
+  };
+  const Case cases[] = {
+      {&SegmentCP::OffCacheditot, 0x8000000u | 0x800u | 0x8000u | 0x4000u},
+      {&SegmentCP::OffCachedpitot, 0x8000000u | 0x800u | 0x4000000u | 0x8000u | 0x4000u},
+      {&SegmentCP::OffCachedmitot, 0x40000000u | 0x20000000u},
+      {&SegmentCP::OffCachedmpitot, 0x10000000u | 0x40000000u | 0x20000000u},
+      {&SegmentCP::OffCachedscreenitot, 0x100000u | 0x80000u},
+      {&SegmentCP::OffCachedscreenpitot, 0x100000u | 0x80000u | 0x200000u},
+  };
+  SegmentCP* cp = F().NewCP(Vector(0, 0, 0));
+  F().Open({cp});
+  for (const Case& c : cases) {
+    cp->flags = 0xFFFFFFFFu;
+    (cp->*c.op)();
+    EXPECT_EQ(cp->flags, ~c.cleared);
+  }
+}
+
+// --- Muscle placement of hooks ------------------------------------------------------
+
+TEST_F(PositionCacheTest, GetmpOfAHookPlacesAndMarksItsRun) {
+  SegmentCP* carrier = F().NewCP(Vector(0, 0, 0));
+  SegmentCP* end = F().NewCP(Vector(3, 0, 0));
+  // Doubled half-chord tangents put the handle points at x = 1 and x = 2.
+  carrier->indelta = Delta{0, 0, 2};
+  carrier->outdelta = Delta{0, 0, 1};
+  end->indelta = Delta{0, 0, 1};
+  end->outdelta = Delta{0, 0, 2};
+  HookSegmentCP* h1 = F().NewHook(0.25f, cpflag::mitCached | cpflag::motCached);
+  HookSegmentCP* h2 = F().NewHook(0.75f, cpflag::mitCached | cpflag::motCached);
+  SegmentCP* below = F().NewCP(Vector(0, 0, 0), cpflag::mitCached);
+  F().Open({carrier, end});
+  F().Open({h1});
+  F().Open({h2});
+  F().Open({below});
+  TestFigure::Stack({carrier, h1, h2, below});
+
+  // Evenly spaced straight segment from (3,0,0) to the carrier: s lies at x = 3s.
+  EXPECT_EQ(h2->Getmp() == Vector(2.25f, 0, 0), 1);
+  EXPECT_EQ(h1->p == Vector(0.75f, 0, 0), 1);
+  for (SegmentCP* h : {static_cast<SegmentCP*>(h1), static_cast<SegmentCP*>(h2)}) {
+    EXPECT_TRUE(h->IsMpCached());
+    EXPECT_FALSE(h->IsMitCached());
+    EXPECT_FALSE(h->IsMotCached());
+  }
+  EXPECT_TRUE(below->IsMitCached());  // not part of the run
+
+  // Placed: a second query does not place again.
+  h1->p = Vector(-1, -1, -1);
+  EXPECT_EQ(h1->Getmp() == Vector(-1, -1, -1), 1);
+  EXPECT_EQ(&carrier->Getmp(), &carrier->p);
+}
+
+TEST_F(PositionCacheTest, HookWithoutCarrierKeepsItsPosition) {
+  HookSegmentCP* lone = F().NewHook(0.5f);
+  F().Open({lone});
+  lone->p = Vector(1, 2, 3);
+  EXPECT_EQ(&lone->Getmp(), &lone->p);
+  EXPECT_EQ(lone->p == Vector(1, 2, 3), 1);
+  EXPECT_FALSE(lone->IsMpCached());
+  EXPECT_EQ(lone->Getscreenp() == Vector(1, 2, 3), 1);
+}
+
+}  // namespace
+}  // namespace splinecore
