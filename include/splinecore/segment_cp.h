@@ -158,7 +158,8 @@ class SPLINECORE_API SegmentCP {
   // the normal of the local plane) from the neighbours' positions: screen
   // positions when `screen` is nonzero, else muscle-placement model
   // positions. Returns 1 when the tangents come with a normal. A hook
-  // returns 0 and writes nothing.
+  // returns 0 and writes nothing. A smooth point on top of its prev (but not
+  // of its next) has no direction toward prev: its normal is zero.
   int GetTangents(Vector* inTangent, Vector* outTangent, Vector* inNormal, Vector* outNormal, int screen);
   // A hook whose carrier is missing, whose carrier has no next, or that
   // lacks a partner gets a zero tangent and is not converted; the screen
