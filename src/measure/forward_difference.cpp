@@ -2,6 +2,8 @@
 // three additions per coordinate and step.
 #include "measure/forward_difference.h"
 
+#include "measure/view_cubic.h"
+
 namespace splinecore {
 
 namespace {
@@ -71,10 +73,14 @@ void InitColumn2D(Column* col, const CubicPoly* poly, const FDSteps* s) {
   ColumnCoordinate(poly->a.y, poly->b.y, poly->c.y, s, col->d1.y, col->d2.y, col->d3.y);
 }
 
-void BumpFD(Column* col) {
-  col->p += col->d1;
-  col->d1 += col->d2;
-  col->d2 += col->d3;
+// Defined here, beside the helpers it calls, so that they inline and the
+// step sizes for the constant count fold.
+void InitChordColumn(Column* col, const Cubic* cubic) {
+  FDSteps steps;
+  InitFDSteps(kChordCount, &steps);
+  CubicPoly poly;
+  CubicToPoly(&poly, cubic);
+  InitColumn(col, &poly, &steps);
 }
 
 void InitFD2D(Column* col, Cubic* cubic, unsigned short n) {

@@ -28,8 +28,13 @@ void CubicToPoly(CubicPoly* poly, const Cubic* cubic);
 void CubicToPoly2D(CubicPoly* poly, const Cubic* cubic);
 void InitColumn(Column* col, const CubicPoly* poly, const FDSteps* s);
 void InitColumn2D(Column* col, const CubicPoly* poly, const FDSteps* s);
-// One three-coordinate step: p += d1, then d1 += d2, then d2 += d3.
-void BumpFD(Column* col);
+// One three-coordinate step: p += d1, then d1 += d2, then d2 += d3. Inline:
+// it is the inner loop of every length measurement.
+inline void BumpFD(Column* col) {
+  col->p += col->d1;
+  col->d1 += col->d2;
+  col->d2 += col->d3;
+}
 
 }  // namespace splinecore
 

@@ -21,12 +21,4 @@ void ViewCubic(SegmentCP* c, Cubic* cubic) {
   cubic->t1 = ViewDirection(c, c->Getit());
 }
 
-void InitChordColumn(Column* col, const Cubic* cubic) {
-  FDSteps steps;
-  InitFDSteps(kChordCount, &steps);
-  CubicPoly poly;
-  CubicToPoly(&poly, cubic);
-  InitColumn(col, &poly, &steps);
-}
-
 }  // namespace splinecore
