@@ -3,10 +3,10 @@
 # Usage: scripts/install-deps.sh [test|bench|demo]...
 set -euo pipefail
 
-packages=(cmake ninja-build g++ g++-multilib googletest pkgconf binutils)
+packages=(cmake ninja-build g++ g++-multilib googletest pkgconf binutils qemu-user)
 for need in "$@"; do
   case "$need" in
-    bench) packages+=(libbenchmark-dev lib2geom-dev) ;;
+    bench) packages+=(libbenchmark-dev lib2geom-dev libboost-dev) ;;
     demo|test) ;;
     *) echo "install-deps: unknown set '$need'" >&2; exit 2 ;;
   esac

@@ -12,5 +12,6 @@
 #include "splinecore/measure.h"
 #include "splinecore/segment_cp.h"
 #include "splinecore/slices.h"
+#include "splinecore/validate.h"
 
 #endif

@@ -1,5 +1,6 @@
 # Installs the build tree into a scratch prefix, then builds and runs the
 # consumer project against it with find_package and with pkg-config.
+# EMULATOR (may be empty) runs programs of the target architecture.
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 
@@ -18,7 +19,7 @@ run(${CMAKE_COMMAND} -S ${CONSUMER_SOURCE} -B ${WORK_DIR}/build -G ${GENERATOR}
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX}
     "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" "-DCMAKE_EXE_LINKER_FLAGS=${LINKER_FLAGS}")
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
-run(${WORK_DIR}/build/consumer)
+run(${EMULATOR} ${WORK_DIR}/build/consumer)
 
 # pkg-config
 file(GLOB pc_dirs ${prefix}/lib*/pkgconfig)
@@ -34,4 +35,4 @@ separate_arguments(linker_flags UNIX_COMMAND "${LINKER_FLAGS}")
 string(REPLACE "/pkgconfig" "" libdir "${pc_dirs}")
 run(${CXX} -std=c++17 ${cxx_flags} ${CONSUMER_SOURCE}/main.cpp ${pc} ${linker_flags}
     -Wl,-rpath,${libdir} -o ${WORK_DIR}/consumer_pc)
-run(${WORK_DIR}/consumer_pc)
+run(${EMULATOR} ${WORK_DIR}/consumer_pc)
