@@ -2,8 +2,10 @@
 // hooks that ride on the reversed spline.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "figure_invariants.h"
@@ -17,39 +19,74 @@ namespace {
 
 using test::ExpectFigureInvariants;
 using test::TestFigure;
+using CPs = std::vector<SegmentCP*>;
 
 class SliceTest : public ::testing::Test {
  protected:
   void TearDown() override {
-    FreeSlices();
+    while (slices != nullptr) DeleteSlice(&slices, slices);
     fig_.reset();
     EXPECT_EQ(MarrowLiveBlocks(), liveAtStart_);
   }
 
-  void FreeSlices() {
-    while (slices != nullptr) DeleteSlice(&slices, slices);
+  template <std::size_t N>
+  std::array<SegmentCP*, N> Ps() {
+    std::array<SegmentCP*, N> out;
+    for (SegmentCP*& c : out) c = f.NewCP(Vector(0, 0, 0));
+    return out;
+  }
+  // Hooks with the given s, each on a spline of its own (so the figure deletes it).
+  template <std::size_t N>
+  std::array<HookSegmentCP*, N> Hs(const float (&s)[N]) {
+    std::array<HookSegmentCP*, N> out;
+    for (std::size_t i = 0; i < N; ++i) f.Open({out[i] = f.NewHook(s[i])});
+    return out;
+  }
+  Slice* SliceFrom(SegmentCP* first) {
+    Slice* slice = AddSlice(&slices);
+    slice->first = first;
+    return slice;
+  }
+  // ReverseSlice, then the figure deletes the spline from its new first point.
+  void Reverse(Slice* slice) {
+    f.Unregister(slice->first);
+    ReverseSlice(slice);
+    f.Register(slice->first);
   }
 
-  SegmentCP* P(float x = 0) { return f.NewCP(Vector(x, 0, 0)); }
-  // A hook on a spline of its own (so the figure deletes it).
-  HookSegmentCP* H(float s) {
-    HookSegmentCP* h = f.NewHook(s);
-    f.Open({h});
-    return h;
-  }
-
-  // The group list as a vector, in list order.
-  static std::vector<SegmentCP*> Listed(GroupNode* list) {
-    std::vector<SegmentCP*> out;
+  static CPs Listed(GroupNode* list) {
+    CPs out;
     for (; list != nullptr; list = list->next) out.push_back(list->cp);
     return out;
   }
-
-  // The stack below x, top to bottom, as a vector (x excluded).
-  static std::vector<SegmentCP*> Below(SegmentCP* x) {
-    std::vector<SegmentCP*> out;
+  // The stack below x, top to bottom (x excluded).
+  static CPs Below(SegmentCP* x) {
+    CPs out;
     for (SegmentCP* m = x->stackNext; m != nullptr && out.size() < 100; m = m->stackNext) out.push_back(m);
     return out;
+  }
+  // The spline runs through `order` (a closed one back to the first) with
+  // mutual links and loopEnd on a closed spline's last point only.
+  static void ExpectSpline(const CPs& order, bool closed) {
+    const std::size_t n = order.size();
+    for (std::size_t i = 0; i < n; ++i) {
+      SCOPED_TRACE(::testing::Message() << "position " << i);
+      SegmentCP* next = i + 1 < n ? order[i + 1] : closed ? order[0] : nullptr;
+      EXPECT_EQ(order[i]->next, next);
+      if (next != nullptr) {
+        EXPECT_EQ(next->prev, order[i]);
+      }
+      EXPECT_EQ(order[i]->IsLoopEnd() != 0, closed && i + 1 == n);
+    }
+    EXPECT_TRUE(closed || order[0]->prev == nullptr);
+  }
+  static void ExpectS(std::initializer_list<std::pair<HookSegmentCP*, float>> expected) {
+    for (const auto& [h, s] : expected) EXPECT_EQ(h->s, s) << "hook made with " << h;
+  }
+  static void ExpectDelta(const Delta& d, float pitch, float yaw, float magnitude) {
+    EXPECT_EQ(d.pitch, pitch);
+    EXPECT_EQ(d.yaw, yaw);
+    EXPECT_EQ(d.magnitude, magnitude);
   }
 
   long liveAtStart_ = MarrowLiveBlocks();
@@ -67,9 +104,8 @@ TEST_F(SliceTest, AddSliceAppendsEmptyRecords) {
   EXPECT_EQ(slices, a);
   EXPECT_EQ(a->first, nullptr);
   EXPECT_EQ(a->next, nullptr);
-  a->first = P();
+  a->first = Ps<1>()[0];
   f.Open({a->first});
-
   Slice* b = AddSlice(&slices);
   EXPECT_EQ(slices, a);
   EXPECT_EQ(a->next, b);
@@ -92,7 +128,7 @@ TEST_F(SliceTest, DeleteSliceUnlinksAndFreesOnlySlicesOfTheList) {
   Slice* a = AddSlice(&slices);
   Slice* b = AddSlice(&slices);
   Slice* c = AddSlice(&slices);
-  SegmentCP* cp = P();
+  SegmentCP* cp = Ps<1>()[0];
   f.Open({cp});
   b->first = cp;
   const long live = MarrowLiveBlocks();
@@ -122,27 +158,18 @@ TEST_F(SliceTest, DeleteSliceUnlinksAndFreesOnlySlicesOfTheList) {
 // --- Lookup -------------------------------------------------------------------
 
 TEST_F(SliceTest, MatchSliceCPFindsTheFirstSliceWhoseWalkMeetsThePoint) {
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
-  SegmentCP* d = P();
-  SegmentCP* e = P();
+  auto [a, b, c, d, e, loose] = Ps<6>();
   f.Closed({a, b, c});
   f.Open({d, e});
-  Slice* empty = AddSlice(&slices);
-  Slice* fromB = AddSlice(&slices);
-  Slice* fromA = AddSlice(&slices);
-  Slice* open = AddSlice(&slices);
-  fromB->first = b;  // walks b, c and stops after c's loopEnd: a is not on it
-  fromA->first = a;
-  open->first = d;
-
+  f.Open({loose});
+  Slice* empty = SliceFrom(nullptr);
+  Slice* fromB = SliceFrom(b);  // walks b, c and stops after c's loopEnd: a is not on it
+  Slice* fromA = SliceFrom(a);
+  Slice* open = SliceFrom(d);
   EXPECT_EQ(MatchSliceCP(slices, b), fromB);
   EXPECT_EQ(MatchSliceCP(slices, c), fromB);
   EXPECT_EQ(MatchSliceCP(slices, a), fromA);
   EXPECT_EQ(MatchSliceCP(slices, e), open);
-  SegmentCP* loose = P();
-  f.Open({loose});
   EXPECT_EQ(MatchSliceCP(slices, loose), nullptr);
   EXPECT_EQ(MatchSliceCP(nullptr, a), nullptr);
   EXPECT_EQ(empty->first, nullptr);
@@ -151,15 +178,13 @@ TEST_F(SliceTest, MatchSliceCPFindsTheFirstSliceWhoseWalkMeetsThePoint) {
 // --- GroupSlice -----------------------------------------------------------------
 
 TEST_F(SliceTest, GroupSliceAddsAnUngroupedOpenSliceInOrderThenRemovesIt) {
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
+  auto [a, b, c] = Ps<3>();
   f.Open({a, b, c});
-  AddSlice(&slices)->first = a;
+  SliceFrom(a);
   const long live = MarrowLiveBlocks();
 
   GroupSlice(slices, b, &group);
-  EXPECT_EQ(Listed(group), (std::vector<SegmentCP*>{a, b, c}));
+  EXPECT_EQ(Listed(group), (CPs{a, b, c}));
   for (SegmentCP* x : {a, b, c}) EXPECT_TRUE(x->IsGrouped());
   EXPECT_EQ(MarrowLiveBlocks(), live + 3);  // the temporary marks are given back
 
@@ -170,22 +195,18 @@ TEST_F(SliceTest, GroupSliceAddsAnUngroupedOpenSliceInOrderThenRemovesIt) {
 }
 
 TEST_F(SliceTest, GroupSliceTogglesAClosedSliceOnceAroundAndSkipsExemptPoints) {
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
-  SegmentCP* d = P();
+  auto [a, b, c, d] = Ps<4>();
   f.Closed({a, b, c, d});
   b->OnExempt();
-  AddSlice(&slices)->first = a;
-
+  SliceFrom(a);
   GroupSlice(slices, a, &group);
-  EXPECT_EQ(Listed(group), (std::vector<SegmentCP*>{a, c, d}));
+  EXPECT_EQ(Listed(group), (CPs{a, c, d}));
   EXPECT_FALSE(b->IsGrouped());
 
   // b in the group does not take it out: b is skipped on its own account.
   b->AddToGroup(&group, 1);
   GroupSlice(slices, c, &group);
-  EXPECT_EQ(Listed(group), (std::vector<SegmentCP*>{b}));
+  EXPECT_EQ(Listed(group), (CPs{b}));
   EXPECT_TRUE(b->IsGrouped());
   EXPECT_FALSE(a->IsGrouped());
 }
@@ -193,41 +214,29 @@ TEST_F(SliceTest, GroupSliceTogglesAClosedSliceOnceAroundAndSkipsExemptPoints) {
 TEST_F(SliceTest, GroupSliceTogglesWholeStacks) {
   // Slice a - b - c. a's stack [a, s]: s is listed. b's stack [t, b]: t carries
   // `grouped` without being listed. c's stack [c, u]: nothing grouped.
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
-  SegmentCP* s = P();
-  SegmentCP* t = P();
-  SegmentCP* u = P();
+  auto [a, b, c, s, t, u] = Ps<6>();
   f.Open({a, b, c});
   for (SegmentCP* x : {s, t, u}) f.Open({x});
   TestFigure::Stack({a, s});
   TestFigure::Stack({t, b});
   TestFigure::Stack({c, u});
-  AddSlice(&slices)->first = a;
+  SliceFrom(a);
   s->AddToGroup(&group, 1);
   t->OnGrouped();
 
   GroupSlice(slices, a, &group);
-
-  EXPECT_EQ(Listed(group), (std::vector<SegmentCP*>{c}));
-  EXPECT_FALSE(s->IsGrouped());
-  EXPECT_FALSE(a->IsGrouped());
+  EXPECT_EQ(Listed(group), (CPs{c}));
   EXPECT_TRUE(t->IsGrouped());  // not listed: nothing removed, b not added
-  EXPECT_FALSE(b->IsGrouped());
   EXPECT_TRUE(c->IsGrouped());
-  EXPECT_FALSE(u->IsGrouped());
+  for (SegmentCP* x : {s, a, b, u}) EXPECT_FALSE(x->IsGrouped());
 }
 
 TEST_F(SliceTest, GroupSliceMarksTheGroupFirstEvenWithoutAMatchingSlice) {
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* x = P();
-  SegmentCP* loose = P();
+  auto [a, b, x, loose] = Ps<4>();
   f.Open({a, b});
   f.Open({x});
   f.Open({loose});
-  AddSlice(&slices)->first = a;
+  SliceFrom(a);
   x->AddToGroupNoCheck(&group);
   a->AddToGroupNoCheck(&group);  // listed without the flag
   const long live = MarrowLiveBlocks();
@@ -235,94 +244,49 @@ TEST_F(SliceTest, GroupSliceMarksTheGroupFirstEvenWithoutAMatchingSlice) {
   GroupSlice(slices, loose, &group);
   EXPECT_TRUE(x->IsGrouped());
   EXPECT_TRUE(a->IsGrouped());
-  EXPECT_EQ(Listed(group), (std::vector<SegmentCP*>{a, x}));
+  EXPECT_EQ(Listed(group), (CPs{a, x}));
   EXPECT_EQ(MarrowLiveBlocks(), live);
 
   // a is listed but unmarked again: the marking makes its stack count as
   // grouped, so it leaves, while b's stack enters.
   a->OffGrouped();
   GroupSlice(slices, b, &group);
-  EXPECT_EQ(Listed(group), (std::vector<SegmentCP*>{x, b}));
+  EXPECT_EQ(Listed(group), (CPs{x, b}));
   EXPECT_FALSE(a->IsGrouped());
   EXPECT_TRUE(b->IsGrouped());
 }
 
 // --- ReverseSlice: links, deltas, touching --------------------------------------
 
-TEST_F(SliceTest, ReverseSliceReversesAnOpenSpline) {
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
+TEST_F(SliceTest, ReverseSliceReversesAnOpenSplineExchangingDeltasWithNegatedAngles) {
+  auto [a, b, c] = Ps<3>();
   f.Open({a, b, c});
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
-
-  ReverseSlice(slice);
-
+  a->indelta = {1.5f, -2.0f, 3.0f};
+  a->outdelta = {4.0f, 0.0f, 0.5f};
+  Slice* slice = SliceFrom(a);
+  Reverse(slice);
   EXPECT_EQ(slice->first, c);
-  EXPECT_EQ(c->prev, nullptr);
-  EXPECT_EQ(c->next, b);
-  EXPECT_EQ(b->prev, c);
-  EXPECT_EQ(b->next, a);
-  EXPECT_EQ(a->prev, b);
-  EXPECT_EQ(a->next, nullptr);
-  for (SegmentCP* x : {a, b, c}) EXPECT_FALSE(x->IsLoopEnd());
-  f.Unregister(a);
-  f.Register(c);
+  ExpectSpline({c, b, a}, false);
+  ExpectDelta(a->indelta, -4.0f, 0.0f, 0.5f);
+  EXPECT_TRUE(std::signbit(a->indelta.yaw));  // -0: the angle is negated
+  ExpectDelta(a->outdelta, -1.5f, 2.0f, 3.0f);
   ExpectFigureInvariants({c});
 }
 
 TEST_F(SliceTest, ReverseSliceMovesLoopEndToTheFormerFirstPoint) {
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
-  SegmentCP* d = P();
+  auto [a, b, c, d] = Ps<4>();
   f.Closed({a, b, c, d});
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
-
-  ReverseSlice(slice);
-
+  Slice* slice = SliceFrom(a);
+  Reverse(slice);
   EXPECT_EQ(slice->first, d);
-  EXPECT_EQ(d->next, c);
-  EXPECT_EQ(c->next, b);
-  EXPECT_EQ(b->next, a);
-  EXPECT_EQ(a->next, d);
-  EXPECT_EQ(d->prev, a);
-  EXPECT_TRUE(a->IsLoopEnd());
-  EXPECT_FALSE(d->IsLoopEnd());
-  f.Unregister(a);
-  f.Register(d);
+  ExpectSpline({d, c, b, a}, true);
   ExpectFigureInvariants({d});
 }
 
-TEST_F(SliceTest, ReverseSliceExchangesDeltasNegatingTheAngles) {
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  f.Open({a, b});
-  a->indelta = {1.5f, -2.0f, 3.0f};
-  a->outdelta = {4.0f, 0.0f, 0.5f};
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
-
-  ReverseSlice(slice);
-
-  EXPECT_EQ(a->indelta.pitch, -4.0f);
-  EXPECT_TRUE(std::signbit(a->indelta.yaw));  // -0: the angle is negated
-  EXPECT_EQ(a->indelta.magnitude, 0.5f);
-  EXPECT_EQ(a->outdelta.pitch, -1.5f);
-  EXPECT_EQ(a->outdelta.yaw, 2.0f);
-  EXPECT_EQ(a->outdelta.magnitude, 3.0f);
-  f.Unregister(a);
-  f.Register(b);
-}
-
 TEST_F(SliceTest, ReverseSliceTouchesEveryPointOnceWithModeZeroAndNoHook) {
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
+  auto [a, b, c] = Ps<3>();
   f.Closed({a, b, c});
-  HookSegmentCP* h = H(0.5f);
+  auto [h] = Hs({0.5f});
   TestFigure::Stack({b, h});
   for (SegmentCP* x : {a, b, c, static_cast<SegmentCP*>(h)}) {
     x->stamp = 7;
@@ -330,11 +294,7 @@ TEST_F(SliceTest, ReverseSliceTouchesEveryPointOnceWithModeZeroAndNoHook) {
     x->flags |= cpflag::converted | cpflag::mconverted | cpflag::mpCached;
   }
   a->OnTouched();
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
-
-  ReverseSlice(slice);
-
+  Reverse(SliceFrom(a));
   for (SegmentCP* x : {a, b, c}) {
     EXPECT_EQ(x->stamp, 6);
     EXPECT_EQ(x->screenStamp, 255);
@@ -345,8 +305,6 @@ TEST_F(SliceTest, ReverseSliceTouchesEveryPointOnceWithModeZeroAndNoHook) {
   EXPECT_FALSE(b->IsTouched());
   EXPECT_EQ(h->stamp, 7);
   EXPECT_TRUE(h->IsConverted());
-  f.Unregister(a);
-  f.Register(slice->first);
 }
 
 TEST_F(SliceTest, ReverseSliceLeavesAnEmptyOrMissingSliceAlone) {
@@ -359,28 +317,20 @@ TEST_F(SliceTest, ReverseSliceLeavesAnEmptyOrMissingSliceAlone) {
 // --- ReverseSlice: hooks ----------------------------------------------------------
 
 TEST_F(SliceTest, ReverseHookRunSwapsLinksMirrorsSAndMovesLastHook) {
-  SegmentCP* c = P();
-  SegmentCP* n = P();
-  SegmentCP* below = P();
+  auto [c, n, below] = Ps<3>();
   f.Open({c, n});
   f.Open({below});
-  HookSegmentCP* r1 = H(0.3f);
-  HookSegmentCP* r2 = H(0.5f);
-  HookSegmentCP* r3 = H(0.7f);
+  auto [r1, r2, r3] = Hs({0.3f, 0.5f, 0.7f});
   TestFigure::Stack({c, r1, r2, r3, below});
 
-  SegmentCP* last = ReverseHookRun(r1);
-
-  EXPECT_EQ(last, r3);
+  EXPECT_EQ(ReverseHookRun(r1), r3);
   EXPECT_EQ(r1->stackNext, c);
   EXPECT_EQ(r1->stackPrev, r2);
   EXPECT_EQ(r2->stackNext, r1);
   EXPECT_EQ(r2->stackPrev, r3);
   EXPECT_EQ(r3->stackNext, r2);
   EXPECT_EQ(r3->stackPrev, below);
-  EXPECT_EQ(r1->s, 0.75f);
-  EXPECT_EQ(r2->s, 0.5f);
-  EXPECT_EQ(r3->s, 0.25f);
+  ExpectS({{r1, 0.75f}, {r2, 0.5f}, {r3, 0.25f}});
   EXPECT_TRUE(r1->IsLastHook());
   EXPECT_FALSE(r3->IsLastHook());
 
@@ -396,37 +346,21 @@ TEST_F(SliceTest, ReverseHookRunSwapsLinksMirrorsSAndMovesLastHook) {
 TEST_F(SliceTest, ReverseSliceHandsEachRunToTheFormerNextOnAnOpenSpline) {
   // Open a - b - c - d. a carries [a1 0.3, a2 0.5] with e below; b carries
   // [b1 0.75] with g below; c carries [c1 0.25]. d carries nothing.
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
-  SegmentCP* d = P();
-  SegmentCP* e = P();
-  SegmentCP* g = P();
+  auto [a, b, c, d, e, g] = Ps<6>();
   f.Open({a, b, c, d});
   f.Open({e});
   f.Open({g});
-  HookSegmentCP* a1 = H(0.3f);
-  HookSegmentCP* a2 = H(0.5f);
-  HookSegmentCP* b1 = H(0.75f);
-  HookSegmentCP* c1 = H(0.25f);
+  auto [a1, a2, b1, c1] = Hs({0.3f, 0.5f, 0.75f, 0.25f});
   TestFigure::Stack({a, a1, a2, e});
   TestFigure::Stack({b, b1, g});
   TestFigure::Stack({c, c1});
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
+  Reverse(SliceFrom(a));
 
-  ReverseSlice(slice);
-  f.Unregister(a);
-  f.Register(d);
-
-  EXPECT_EQ(Below(a), (std::vector<SegmentCP*>{e}));
-  EXPECT_EQ(Below(b), (std::vector<SegmentCP*>{a2, a1, g}));
-  EXPECT_EQ(Below(c), (std::vector<SegmentCP*>{b1}));
-  EXPECT_EQ(Below(d), (std::vector<SegmentCP*>{c1}));
-  EXPECT_EQ(a1->s, 0.75f);
-  EXPECT_EQ(a2->s, 0.5f);
-  EXPECT_EQ(b1->s, 0.25f);
-  EXPECT_EQ(c1->s, 0.75f);
+  EXPECT_EQ(Below(a), (CPs{e}));
+  EXPECT_EQ(Below(b), (CPs{a2, a1, g}));
+  EXPECT_EQ(Below(c), (CPs{b1}));
+  EXPECT_EQ(Below(d), (CPs{c1}));
+  ExpectS({{a1, 0.75f}, {a2, 0.5f}, {b1, 0.25f}, {c1, 0.75f}});
   EXPECT_FALSE(a->IsHasHooks());
   for (SegmentCP* x : {b, c, d}) EXPECT_TRUE(x->IsHasHooks());
   EXPECT_TRUE(a1->IsLastHook());
@@ -440,108 +374,66 @@ TEST_F(SliceTest, ReverseSliceHandsEachRunToTheFormerNextOnAnOpenSpline) {
 TEST_F(SliceTest, ReverseSliceHandsEveryRunOnceAroundAClosedSpline) {
   // Closed a - b - c (c ends the loop); a carries [a1 0.25, a2 0.75], b
   // carries [b1 0.5], c carries the closing segment's run [c1 0.3].
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
+  auto [a, b, c] = Ps<3>();
   f.Closed({a, b, c});
-  HookSegmentCP* a1 = H(0.25f);
-  HookSegmentCP* a2 = H(0.75f);
-  HookSegmentCP* b1 = H(0.5f);
-  HookSegmentCP* c1 = H(0.3f);
+  auto [a1, a2, b1, c1] = Hs({0.25f, 0.75f, 0.5f, 0.3f});
   TestFigure::Stack({a, a1, a2});
   TestFigure::Stack({b, b1});
   TestFigure::Stack({c, c1});
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
-
-  ReverseSlice(slice);
-  f.Unregister(a);
-  f.Register(c);
+  Slice* slice = SliceFrom(a);
+  Reverse(slice);
 
   // New order c - b - a, a ends the loop. Segment a-b is now b's, b-c is
   // c's and the closing segment c-a is a's.
   EXPECT_EQ(slice->first, c);
-  EXPECT_EQ(Below(b), (std::vector<SegmentCP*>{a2, a1}));
-  EXPECT_EQ(Below(c), (std::vector<SegmentCP*>{b1}));
-  EXPECT_EQ(Below(a), (std::vector<SegmentCP*>{c1}));
-  EXPECT_EQ(a1->s, 0.75f);
-  EXPECT_EQ(a2->s, 0.25f);
-  EXPECT_EQ(b1->s, 0.5f);
-  EXPECT_EQ(c1->s, 0.75f);
+  EXPECT_EQ(Below(b), (CPs{a2, a1}));
+  EXPECT_EQ(Below(c), (CPs{b1}));
+  EXPECT_EQ(Below(a), (CPs{c1}));
+  ExpectS({{a1, 0.75f}, {a2, 0.25f}, {b1, 0.5f}, {c1, 0.75f}});
   for (SegmentCP* x : {a, b, c}) EXPECT_TRUE(x->IsHasHooks());
-  for (SegmentCP* h : {a1, a2, b1, c1}) EXPECT_FALSE(h->IsLastHook());
+  for (HookSegmentCP* h : {a1, a2, b1, c1}) EXPECT_FALSE(h->IsLastHook());
   ExpectFigureInvariants({c, a1, a2, b1, c1});
 }
 
 TEST_F(SliceTest, ReverseSliceTwiceRestoresLinksDeltasAndRunsWithSnappedS) {
   // Closed a - b - c - d, runs on every segment, a non-hook below one run.
-  SegmentCP* a = P();
-  SegmentCP* b = P();
-  SegmentCP* c = P();
-  SegmentCP* d = P();
-  SegmentCP* e = P();
+  auto [a, b, c, d, e] = Ps<5>();
   f.Closed({a, b, c, d});
   f.Open({e});
-  HookSegmentCP* a1 = H(0.3f);
-  HookSegmentCP* a2 = H(0.9f);
-  HookSegmentCP* b1 = H(0.5f);
-  HookSegmentCP* c1 = H(-1.0f);
-  HookSegmentCP* d1 = H(0.6f);
+  auto [a1, a2, b1, c1, d1] = Hs({0.3f, 0.9f, 0.5f, -1.0f, 0.6f});
   TestFigure::Stack({a, a1, a2, e});
   TestFigure::Stack({b, b1});
   TestFigure::Stack({c, c1});
   TestFigure::Stack({d, d1});
   a->indelta = {10, 20, 2};
   a->outdelta = {-30, 40, 0.5f};
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
+  Slice* slice = SliceFrom(a);
 
-  ReverseSlice(slice);
+  Reverse(slice);
   ExpectFigureInvariants({slice->first, e});
-  ReverseSlice(slice);
+  Reverse(slice);
 
   EXPECT_EQ(slice->first, a);
-  EXPECT_EQ(a->next, b);
-  EXPECT_EQ(b->next, c);
-  EXPECT_EQ(c->next, d);
-  EXPECT_EQ(d->next, a);
-  EXPECT_EQ(a->prev, d);
-  EXPECT_TRUE(d->IsLoopEnd());
-  EXPECT_FALSE(a->IsLoopEnd());
-  EXPECT_EQ(a->indelta.pitch, 10.0f);
-  EXPECT_EQ(a->indelta.yaw, 20.0f);
-  EXPECT_EQ(a->indelta.magnitude, 2.0f);
-  EXPECT_EQ(a->outdelta.pitch, -30.0f);
-  EXPECT_EQ(a->outdelta.yaw, 40.0f);
-  EXPECT_EQ(a->outdelta.magnitude, 0.5f);
-  EXPECT_EQ(Below(a), (std::vector<SegmentCP*>{a1, a2, e}));
-  EXPECT_EQ(Below(b), (std::vector<SegmentCP*>{b1}));
-  EXPECT_EQ(Below(c), (std::vector<SegmentCP*>{c1}));
-  EXPECT_EQ(Below(d), (std::vector<SegmentCP*>{d1}));
-  EXPECT_EQ(a1->s, 0.25f);
-  EXPECT_EQ(a2->s, 0.75f);
-  EXPECT_EQ(b1->s, 0.5f);
-  EXPECT_EQ(c1->s, 0.25f);
-  EXPECT_EQ(d1->s, 0.5f);
+  ExpectSpline({a, b, c, d}, true);
+  ExpectDelta(a->indelta, 10, 20, 2);
+  ExpectDelta(a->outdelta, -30, 40, 0.5f);
+  EXPECT_EQ(Below(a), (CPs{a1, a2, e}));
+  EXPECT_EQ(Below(b), (CPs{b1}));
+  EXPECT_EQ(Below(c), (CPs{c1}));
+  EXPECT_EQ(Below(d), (CPs{d1}));
+  ExpectS({{a1, 0.25f}, {a2, 0.75f}, {b1, 0.5f}, {c1, 0.25f}, {d1, 0.5f}});
   EXPECT_TRUE(a2->IsLastHook());
   ExpectFigureInvariants({a, e});
 }
 
 TEST_F(SliceTest, ReverseSliceOfASinglePointLoopReversesItsRunInPlace) {
-  SegmentCP* a = P();
+  SegmentCP* a = Ps<1>()[0];
   f.Closed({a});
-  HookSegmentCP* h1 = H(0.25f);
-  HookSegmentCP* h2 = H(0.5f);
+  auto [h1, h2] = Hs({0.25f, 0.5f});
   TestFigure::Stack({a, h1, h2});
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
-
-  ReverseSlice(slice);
-
-  EXPECT_EQ(a->next, a);
-  EXPECT_EQ(a->prev, a);
-  EXPECT_TRUE(a->IsLoopEnd());
-  EXPECT_EQ(Below(a), (std::vector<SegmentCP*>{h2, h1}));
+  Reverse(SliceFrom(a));
+  ExpectSpline({a}, true);
+  EXPECT_EQ(Below(a), (CPs{h2, h1}));
   EXPECT_EQ(h1->s, 0.75f);
   ExpectFigureInvariants({a, h1, h2});
 }
@@ -549,23 +441,14 @@ TEST_F(SliceTest, ReverseSliceOfASinglePointLoopReversesItsRunInPlace) {
 TEST_F(SliceTest, ReverseSliceLeavesARunUnderACarrierWithoutPrevWhereItIs) {
   // Hooks under the last point of an open spline have no segment; after
   // reversal that point is first and keeps its run as it was.
-  SegmentCP* a = P();
-  SegmentCP* b = P();
+  auto [a, b] = Ps<2>();
   f.Open({a, b});
-  HookSegmentCP* h1 = H(0.3f);
-  HookSegmentCP* h2 = H(0.75f);
+  auto [h1, h2] = Hs({0.3f, 0.75f});
   TestFigure::Stack({b, h1, h2});
-  Slice* slice = AddSlice(&slices);
-  slice->first = a;
-
-  ReverseSlice(slice);
-  f.Unregister(a);
-  f.Register(b);
-
-  EXPECT_EQ(Below(b), (std::vector<SegmentCP*>{h1, h2}));
-  EXPECT_EQ(Below(a), (std::vector<SegmentCP*>{}));
-  EXPECT_EQ(h1->s, 0.3f);
-  EXPECT_EQ(h2->s, 0.75f);
+  Reverse(SliceFrom(a));
+  EXPECT_EQ(Below(b), (CPs{h1, h2}));
+  EXPECT_EQ(Below(a), (CPs{}));
+  ExpectS({{h1, 0.3f}, {h2, 0.75f}});
   EXPECT_TRUE(b->IsHasHooks());
   ExpectFigureInvariants({b, h1, h2});
 }
