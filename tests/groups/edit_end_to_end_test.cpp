@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "figure_invariants.h"
@@ -27,10 +28,14 @@ using test::TestFigure;
 struct Shape {
   SegmentCP *s0, *s1, *s2, *s3, *t2, *u2, *u3, *v0, *w0, *w1;
   HookSegmentCP *t1, *u1, *v1;
-  std::vector<SegmentCP*> All() const { return {s0, s1, s2, s3, t1, t2, u1, u2, u3, v0, v1, w0, w1}; }
+  using Named = std::vector<std::pair<const char*, SegmentCP*>>;
+  Named All() const {
+    return {{"s0", s0}, {"s1", s1}, {"s2", s2}, {"s3", s3}, {"t1", t1}, {"t2", t2}, {"u1", u1},
+            {"u2", u2}, {"u3", u3}, {"v0", v0}, {"v1", v1}, {"w0", w0}, {"w1", w1}};
+  }
   // The edited spline and the stack member under it: no hook involved.
-  std::vector<SegmentCP*> Spine() const { return {s0, s1, s2, s3, w0, w1}; }
-  std::vector<HookSegmentCP*> Hooks() const { return {t1, u1, v1}; }
+  Named Spine() const { return {{"s0", s0}, {"s1", s1}, {"s2", s2}, {"s3", s3}, {"w0", w0}, {"w1", w1}}; }
+  Named Hooks() const { return {{"t1", t1}, {"u1", u1}, {"v1", v1}}; }
 };
 
 void SetupView(TestFigure& f) {
@@ -40,77 +45,61 @@ void SetupView(TestFigure& f) {
   f.SetView(test::IdentityMatrix(), MakeMatrix({0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 0.5f, 0}));
 }
 
-// Bitwise image of every answer, labelled, in query order.
-struct Answers {
-  std::vector<std::string> labels;
-  std::vector<Vector> values;
-  void Add(const std::string& label, const Vector& v) {
-    labels.push_back(label);
-    values.push_back(v);
-  }
-};
+// Every answer, labelled, in query order.
+using Answers = std::vector<std::pair<std::string, Vector>>;
 
-const char* const kNames[] = {"s0", "s1", "s2", "s3", "t1", "t2", "u1", "u2", "u3", "v0", "v1", "w0", "w1"};
-const char* const kSpineNames[] = {"s0", "s1", "s2", "s3", "w0", "w1"};
-
-// Screen, model and muscle answers of every control point (or of the spine
-// only), then the hooks' piece points.
+// Screen and model answers of every control point (or of the spine only),
+// then the hooks' piece points; then the same in muscle mode.
 Answers Query(TestFigure& f, const Shape& shape, bool withHooks = true) {
   Answers out;
-  f.SetMuscleMode(false);
-  const std::vector<SegmentCP*> all = withHooks ? shape.All() : shape.Spine();
-  const std::vector<HookSegmentCP*> hooks = withHooks ? shape.Hooks() : std::vector<HookSegmentCP*>{};
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    const std::string name = withHooks ? kNames[i] : kSpineNames[i];
-    out.Add(name + " screenp", all[i]->Getscreenp());
-    out.Add(name + " screenit", all[i]->Getscreenit());
-    out.Add(name + " screenot", all[i]->Getscreenot());
-    out.Add(name + " it", all[i]->Getit());
-    out.Add(name + " ot", all[i]->Getot());
-  }
-  for (HookSegmentCP* h : hooks) {
-    out.Add("hook p", h->p);
-    out.Add("hook hit", *h->Gethit());
-    out.Add("hook hot", *h->Gethot());
-    if (h->IsLastHook() || h->stackNext == nullptr) {
-      out.Add("hook pit", *h->Getpit());
-      out.Add("hook pot", *h->Getpot());
+  auto add = [&out](const char* name, const char* what, const Vector& v) {
+    out.emplace_back(std::string(name) + " " + what, v);
+  };
+  for (bool muscle : {false, true}) {
+    f.SetMuscleMode(muscle);
+    for (auto [name, c] : withHooks ? shape.All() : shape.Spine()) {
+      if (muscle) {
+        add(name, "mp", c->Getmp());
+        add(name, "mit", c->Getmit());
+        add(name, "mot", c->Getmot());
+      } else {
+        add(name, "screenp", c->Getscreenp());
+        add(name, "screenit", c->Getscreenit());
+        add(name, "screenot", c->Getscreenot());
+        add(name, "it", c->Getit());
+        add(name, "ot", c->Getot());
+      }
     }
-  }
-  f.SetMuscleMode(true);
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    const std::string name = withHooks ? kNames[i] : kSpineNames[i];
-    out.Add(name + " mp", all[i]->Getmp());
-    out.Add(name + " mit", all[i]->Getmit());
-    out.Add(name + " mot", all[i]->Getmot());
-  }
-  for (HookSegmentCP* h : hooks) {
-    out.Add("hook mhit", *h->Getmhit());
-    out.Add("hook mhot", *h->Getmhot());
-    if (h->IsLastHook() || h->stackNext == nullptr) {
-      out.Add("hook mpit", *h->Getmpit());
-      out.Add("hook mpot", *h->Getmpot());
+    for (auto [name, c] : withHooks ? shape.Hooks() : Shape::Named{}) {
+      auto* h = static_cast<HookSegmentCP*>(c);
+      if (!muscle) add(name, "p", h->p);
+      add(name, "hit", *(muscle ? h->Getmhit() : h->Gethit()));
+      add(name, "hot", *(muscle ? h->Getmhot() : h->Gethot()));
+      if (h->IsLastHook() || h->stackNext == nullptr) {
+        add(name, "pit", *(muscle ? h->Getmpit() : h->Getpit()));
+        add(name, "pot", *(muscle ? h->Getmpot() : h->Getpot()));
+      }
     }
   }
   f.SetMuscleMode(false);
   return out;
 }
 
-void ExpectSameBits(const Answers& edited, const Answers& fresh) {
-  ASSERT_EQ(edited.labels, fresh.labels);
-  for (std::size_t i = 0; i < edited.values.size(); ++i) {
-    const Vector& a = edited.values[i];
-    const Vector& b = fresh.values[i];
-    EXPECT_EQ(std::memcmp(&a, &b, sizeof a), 0)
-        << edited.labels[i] << ": edited (" << a.x << ", " << a.y << ", " << a.z << ") fresh (" << b.x << ", "
-        << b.y << ", " << b.z << ")";
+void ExpectSameBits(const char* when, const Answers& edited, const Answers& fresh) {
+  SCOPED_TRACE(when);
+  ASSERT_EQ(edited.size(), fresh.size());
+  for (std::size_t i = 0; i < edited.size(); ++i) {
+    const auto& [label, a] = edited[i];
+    const Vector& b = fresh[i].second;
+    ASSERT_EQ(label, fresh[i].first);
+    EXPECT_EQ(std::memcmp(&a, &b, sizeof a), 0) << label << ": edited (" << a.x << ", " << a.y << ", " << a.z
+                                                << ") fresh (" << b.x << ", " << b.y << ", " << b.z << ")";
   }
 }
 
 constexpr Vector kS0(0, 0, 0), kS1(4, 1, 0.5f), kS2(7, 5, -1), kS3(9, 2, 2);
 constexpr Vector kMove(2, -4, 6);    // view space
 constexpr Vector kS2Moved(8, 3, 2);  // kS2 + kMove * 0.5 (the inverse view scale)
-constexpr Delta kIn1{10, -5, 1.5f}, kOut1{-20, 3, 0.75f}, kIn2{0, 30, 1}, kOut2{15, 0, 2};
 constexpr Delta kPlain{0, 0, 1};
 
 // The figure in one of its three states. Before the edit: s1 carries [t1
@@ -132,7 +121,7 @@ Shape Build(TestFigure& f, bool moved, bool reversed) {
   x.v1 = f.NewHook(reversed ? 0.75f : 0.3f, cpflag::smooth);
   x.w0 = f.NewCP(Vector(-3, -1, 0));
   x.w1 = f.NewCP(Vector(99, 99, 99));  // stacked under s0: takes s0's position
-  for (SegmentCP* c : x.All()) c->indelta = c->outdelta = kPlain;
+  for (const auto& named : x.All()) named.second->indelta = named.second->outdelta = kPlain;
   if (reversed) {
     for (SegmentCP* c : {x.s0, x.s3}) c->indelta = c->outdelta = Delta{-0.0f, -0.0f, 1};
     x.s1->indelta = {20, -3, 0.75f};
@@ -143,10 +132,10 @@ Shape Build(TestFigure& f, bool moved, bool reversed) {
     TestFigure::Stack({x.s2, x.u1, x.t1});
     TestFigure::Stack({x.s3, x.v1});
   } else {
-    x.s1->indelta = kIn1;
-    x.s1->outdelta = kOut1;
-    x.s2->indelta = kIn2;
-    x.s2->outdelta = kOut2;
+    x.s1->indelta = {10, -5, 1.5f};
+    x.s1->outdelta = {-20, 3, 0.75f};
+    x.s2->indelta = {0, 30, 1};
+    x.s2->outdelta = {15, 0, 2};
     f.Open({x.s0, x.s1, x.s2, x.s3});
     TestFigure::Stack({x.s1, x.t1, x.u1});
     TestFigure::Stack({x.s2, x.v1});
@@ -184,10 +173,7 @@ TEST(EditEndToEndTest, MovedThenReversedFigureAnswersLikeFreshOnes) {
     group->cp->OffGrouped();
     FreeGroup(&group);
     ASSERT_EQ(e.s2->p, kS2Moved);
-    {
-      SCOPED_TRACE("after the move");
-      ExpectSameBits(Query(edited, e), FreshAnswers(true, false));
-    }
+    ExpectSameBits("after the move", Query(edited, e), FreshAnswers(true, false));
 
     // The host reverses the spline: the reversal alone makes the spine's
     // answers current. The hooks handed over are not touched by it, so the
@@ -198,20 +184,15 @@ TEST(EditEndToEndTest, MovedThenReversedFigureAnswersLikeFreshOnes) {
     ReverseSlice(slice);
     edited.Unregister(e.s0);
     edited.Register(slice->first);
-    {
-      SCOPED_TRACE("after the reversal, before the host touches the hooks");
-      ExpectSameBits(Query(edited, e, false), FreshAnswers(true, true, false));
-    }
+    ExpectSameBits("after the reversal, before the host touches the hooks", Query(edited, e, false),
+                   FreshAnswers(true, true, false));
     GroupSlice(slices, e.s1, &group);
     ConvertGroup(group, 0);
     GroupSlice(slices, e.s1, &group);
     ASSERT_EQ(group, nullptr);
     DeleteSlice(&slices, slice);
     test::ExpectFigureInvariants({e.s3, e.t1, e.u1, e.v0, e.w0});
-    {
-      SCOPED_TRACE("after the reversal");
-      ExpectSameBits(Query(edited, e), FreshAnswers(true, true));
-    }
+    ExpectSameBits("after the reversal", Query(edited, e), FreshAnswers(true, true));
   }
   EXPECT_EQ(MarrowLiveBlocks(), live);
 }
