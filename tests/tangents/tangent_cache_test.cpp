@@ -6,35 +6,33 @@
 #include <cstdint>
 #include <memory>
 
+#include "expect_vector.h"
 #include "marrow/marrow.h"
 #include "test_figure.h"
 
 namespace splinecore {
 namespace {
 
+using test::ExpectVector;
 using test::MakeMatrix;
 using test::TestFigure;
 
 const Vector kSentinel(-77, -77, -77);
 
 // Moves the position by a fixed offset.
-class MoveBy : public MuscleEffect {
- public:
-  explicit MoveBy(Vector offset) : offset_(offset) {}
+struct MoveBy : MuscleEffect {
+  explicit MoveBy(Vector by) : offset(by) {}
   std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector* position) override {
-    *position += offset_;
+    *position += offset;
     return 1;
   }
   std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
   std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-
- private:
-  Vector offset_;
+  Vector offset;
 };
 
 // Doubles the in-side magnitude.
-class DoubleInMagnitude : public MuscleEffect {
- public:
+struct DoubleInMagnitude : MuscleEffect {
   std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector*) override { return 0; }
   std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta* d) override {
     d->magnitude = 2;
@@ -53,80 +51,57 @@ class TangentCacheTest : public ::testing::Test {
   // A peaked control point with deltas that neither turn nor scale.
   SegmentCP* CP(float x, float y, float z = 0) {
     SegmentCP* cp = F().NewCP(Vector(x, y, z));
-    cp->indelta = Delta{0, 0, 1};
-    cp->outdelta = Delta{0, 0, 1};
+    cp->indelta = cp->outdelta = Delta{0, 0, 1};
     return cp;
   }
   // Open spline a(0,0,0) - b(2,0,0) - c(6,0,0), travel from c to a: b's
   // half-chord tangents are it = (b - c)/2 = (-2,0,0), ot = (a - b)/2 = (-1,0,0).
-  void Line() {
-    a_ = CP(0, 0);
-    b_ = CP(2, 0);
-    c_ = CP(6, 0);
-    F().Open({a_, b_, c_});
-  }
+  void Line() { F().Open({a_ = CP(0, 0), b_ = CP(2, 0), c_ = CP(6, 0)}); }
 
   long live_ = MarrowLiveBlocks();
   std::unique_ptr<TestFigure> figure_ = std::make_unique<TestFigure>();
-  SegmentCP* a_ = nullptr;
-  SegmentCP* b_ = nullptr;
-  SegmentCP* c_ = nullptr;
+  SegmentCP *a_ = nullptr, *b_ = nullptr, *c_ = nullptr;
 };
 
 // --- Model tangents ---------------------------------------------------------------------
 
-TEST_F(TangentCacheTest, SecondGetitReturnsTheStoredValue) {
+TEST_F(TangentCacheTest, ModelTangentsConvertOnceUntilTouched) {
   Line();
-  EXPECT_EQ(b_->Getit() == Vector(-2, 0, 0), 1);
+  ExpectVector(b_->Getit(), Vector(-2, 0, 0));
   EXPECT_TRUE(b_->IsConverted());
+  // A second query returns the stored value.
   b_->it = kSentinel;
   EXPECT_EQ(&b_->Getit(), &b_->it);
-  EXPECT_EQ(b_->it == kSentinel, 1);
-}
-
-TEST_F(TangentCacheTest, GetotAfterGetitRevalidatesButDoesNotConvert) {
-  Line();
-  b_->Getit();
+  ExpectVector(b_->it, kSentinel);
+  // Getot after Getit revalidates positions (seen in c's stamp) but does not convert.
   b_->ot = kSentinel;
-  c_->Touch(0);  // moves c's stamp: Getot's position refresh is visible there
-  EXPECT_EQ(b_->Getot() == kSentinel, 1);
+  c_->Touch(0);
+  ExpectVector(b_->Getot(), kSentinel);
   EXPECT_EQ(c_->stamp, F().cache.generation);
-}
-
-TEST_F(TangentCacheTest, NewGenerationRevalidatesNeighboursWithoutConverting) {
-  Line();
-  b_->Getit();
-  b_->it = kSentinel;
+  // A new generation revalidates the neighbours without converting.
   ++F().cache.generation;
-  EXPECT_EQ(b_->Getit() == kSentinel, 1);
+  ExpectVector(b_->Getit(), kSentinel);
   EXPECT_EQ(a_->stamp, F().cache.generation);
   EXPECT_EQ(c_->stamp, F().cache.generation);
-}
-
-TEST_F(TangentCacheTest, TouchConvertsAgain) {
-  Line();
-  b_->Getit();
-  b_->it = kSentinel;
+  // Touch converts again.
   b_->Touch(0);
-  EXPECT_EQ(b_->Getit() == Vector(-2, 0, 0), 1);
+  ExpectVector(b_->Getit(), Vector(-2, 0, 0));
 }
 
 TEST_F(TangentCacheTest, MovedNeighbourInMuscleModeAndLeavingItConvertAgain) {
   Line();
   F().AddMuscleTable(16);
   F().AddEffect<MoveBy>(F().AddMuscleData(c_), Vector(2, 0, 0));
-  EXPECT_EQ(b_->Getit() == Vector(-2, 0, 0), 1);
-
+  ExpectVector(b_->Getit(), Vector(-2, 0, 0));
   F().SetMuscleMode(true);
   ++F().cache.generation;
   ++F().cache.screenGeneration;
   // c now sits at (8,0,0): it = (2 - 8)/2.
-  EXPECT_EQ(b_->Getit() == Vector(-3, 0, 0), 1);
-
+  ExpectVector(b_->Getit(), Vector(-3, 0, 0));
   F().SetMuscleMode(false);
   ++F().cache.generation;
   ++F().cache.screenGeneration;
-  EXPECT_EQ(b_->Getit() == Vector(-2, 0, 0), 1);
+  ExpectVector(b_->Getit(), Vector(-2, 0, 0));
   EXPECT_FALSE(c_->IsMuscleMoved());
 }
 
@@ -138,8 +113,8 @@ TEST_F(TangentCacheTest, MuscleDeltaChangeReconverts) {
   F().SetMuscleMode(true);
   b_->Getp();  // refreshes b's muscle deltas and unconverts it
   EXPECT_FALSE(b_->IsConverted());
-  EXPECT_EQ(b_->Getit() == Vector(-4, 0, 0), 1);
-  EXPECT_EQ(b_->Getot() == Vector(-1, 0, 0), 1);
+  ExpectVector(b_->Getit(), Vector(-4, 0, 0));
+  ExpectVector(b_->Getot(), Vector(-1, 0, 0));
 }
 
 // --- Screen handle points ---------------------------------------------------------------
@@ -150,69 +125,64 @@ TEST_F(TangentCacheTest, ScreenHandleIsTheTransformedHeadMinusAThird) {
   cp->it = Vector(3, 0, 0);
   cp->flags |= cpflag::itCached | cpflag::converted;
   cp->stamp = F().cache.generation;
-  EXPECT_EQ(cp->Getscreenit() == Vector(0, 1, 1), 1);
-  EXPECT_EQ(cp->it == Vector(3, 0, 0), 1);
+  ExpectVector(cp->Getscreenit(), Vector(0, 1, 1));
+  ExpectVector(cp->it, Vector(3, 0, 0));
 
   // A new screen generation transforms the current tangent again.
   cp->it = Vector(6, 0, 0);
-  EXPECT_EQ(cp->Getscreenit() == Vector(0, 1, 1), 1);
+  ExpectVector(cp->Getscreenit(), Vector(0, 1, 1));
   ++F().cache.screenGeneration;
   F().SetScreen(MakeMatrix({0, -2, 0, 10, 2, 0, 0, 20, 0, 0, 2, 30}),
                 MakeMatrix({0, 0.5f, 0, -10, -0.5f, 0, 0, 5, 0, 0, 0.5f, -15}));
   // Model handle (1,1,1) - (6,0,0)/3 = (-1,1,1); the matrix maps (x,y,z) to
   // (10 - 2y, 20 + 2x, 30 + 2z).
-  EXPECT_EQ(cp->Getscreenit() == Vector(8, 18, 32), 1);
+  ExpectVector(cp->Getscreenit(), Vector(8, 18, 32));
 }
 
 TEST_F(TangentCacheTest, ScreenOutHandleOfAStackMemberUsesTheHead) {
   SegmentCP* top = CP(1, 1, 1);
   SegmentCP* member = CP(9, 9, 9);
-  F().Open({top});
-  F().Open({member});
+  for (SegmentCP* c : {top, member}) F().Open({c});
   TestFigure::Stack({top, member});
   member->ot = Vector(3, 0, 0);
   member->flags |= cpflag::otCached | cpflag::converted;
   member->stamp = F().cache.generation;
-  EXPECT_EQ(member->Getscreenot() == Vector(2, 1, 1), 1);
+  ExpectVector(member->Getscreenot(), Vector(2, 1, 1));
 }
 
 // --- Hooks with missing partners ------------------------------------------------------------
 
 TEST_F(TangentCacheTest, HookWithoutPartnersGivesZeroAndStaysUnconverted) {
   SegmentCP* carrier = CP(0, 0);
-  SegmentCP* end = CP(3, 0);
   HookSegmentCP* hook = F().NewHook(0.5f);
-  SegmentCP* hookPrev = CP(1.5f, 2);
-  F().Open({carrier, end});
-  F().Open({hookPrev, hook});
+  F().Open({carrier, CP(3, 0)});
+  F().Open({CP(1.5f, 2), hook});
   TestFigure::Stack({carrier, hook});
-  hook->it = kSentinel;
-  hook->ot = kSentinel;
-  EXPECT_EQ(hook->Getit() == Vector(0, 0, 0), 1);
+  hook->it = hook->ot = kSentinel;
+  ExpectVector(hook->Getit(), Vector(0, 0, 0));
   EXPECT_FALSE(hook->IsConverted());
-  EXPECT_EQ(hook->ot == kSentinel, 1);  // not converted
+  ExpectVector(hook->ot, kSentinel);  // not converted
   // The flag stays set: the zero stays.
   EXPECT_EQ(&hook->Getit(), &hook->it);
-  EXPECT_EQ(hook->Getmit() == Vector(0, 0, 0), 1);
+  ExpectVector(hook->Getmit(), Vector(0, 0, 0));
   EXPECT_FALSE(hook->IsMconverted());
 }
 
 TEST_F(TangentCacheTest, HookWhoseCarrierHasNoNextIsTreatedAsPartnerless) {
   SegmentCP* carrier = CP(0, 0);
   HookSegmentCP* hook = F().NewHook(0.5f);
-  SegmentCP* hookPrev = CP(1, 2);
   SegmentCP* above = CP(0, 0);
   F().Open({carrier});
   F().Open({above});
-  F().Open({hookPrev, hook});
+  F().Open({CP(1, 2), hook});
   TestFigure::Stack({above, carrier, hook});
   hook->p = Vector(4, 5, 6);
   hook->ot = kSentinel;
-  EXPECT_EQ(hook->Getot() == Vector(0, 0, 0), 1);
-  EXPECT_EQ(hook->Getmot() == Vector(0, 0, 0), 1);
+  ExpectVector(hook->Getot(), Vector(0, 0, 0));
+  ExpectVector(hook->Getmot(), Vector(0, 0, 0));
   hook->OffCachedscreenpitot();
   // Screen handle of a zero tangent: the transformed head position.
-  EXPECT_EQ(hook->Getscreenot() == Vector(4, 5, 6), 1);
+  ExpectVector(hook->Getscreenot(), Vector(4, 5, 6));
   EXPECT_FALSE(hook->IsConverted());
 }
 
@@ -221,31 +191,29 @@ TEST_F(TangentCacheTest, HookWhoseCarrierHasNoNextIsTreatedAsPartnerless) {
 TEST_F(TangentCacheTest, MuscleHandlesOfAPlainPointAndTheirCache) {
   // it = (P - next)/2 = (3,0,0); with no prev ot = it.
   SegmentCP* cp = CP(1, 1, 1);
-  SegmentCP* next = CP(-5, 1, 1);
-  F().Open({cp, next});
-  EXPECT_EQ(cp->Getmit() == Vector(0, 1, 1), 1);
+  F().Open({cp, CP(-5, 1, 1)});
+  ExpectVector(cp->Getmit(), Vector(0, 1, 1));
   // Getmit converted both members: Getmot does no work.
   cp->mot = kSentinel;
-  EXPECT_EQ(cp->Getmot() == kSentinel, 1);
+  ExpectVector(cp->Getmot(), kSentinel);
   EXPECT_EQ(&cp->Getmit(), &cp->mit);
-  EXPECT_EQ(cp->mit == Vector(0, 1, 1), 1);
-
+  ExpectVector(cp->mit, Vector(0, 1, 1));
   // No generation check.
   ++F().cache.generation;
   cp->mit = kSentinel;
-  EXPECT_EQ(cp->Getmit() == kSentinel, 1);
+  ExpectVector(cp->Getmit(), kSentinel);
 }
 
 TEST_F(TangentCacheTest, MuscleHandlesSurviveOffCachedmitot) {
   SegmentCP* cp = CP(1, 1, 1);
-  SegmentCP* next = CP(-5, 1, 1);
-  F().Open({cp, next});
+  F().Open({cp, CP(-5, 1, 1)});
   cp->Getmit();
   for (int round = 0; round < 2; ++round) {
+    SCOPED_TRACE(round);
     cp->OffCachedmitot();
-    EXPECT_EQ(cp->Getmot() == Vector(2, 1, 1), 1) << round;
-    EXPECT_EQ(cp->Getmit() == Vector(0, 1, 1), 1) << round;
-    EXPECT_EQ(cp->Getmot() == Vector(2, 1, 1), 1) << round;
+    ExpectVector(cp->Getmot(), Vector(2, 1, 1));
+    ExpectVector(cp->Getmit(), Vector(0, 1, 1));
+    ExpectVector(cp->Getmot(), Vector(2, 1, 1));
   }
 }
 
@@ -265,41 +233,35 @@ TEST_F(TangentCacheTest, MuscleHandlesSurviveOffCachedmitot) {
 class MuscleHookTest : public TangentCacheTest {
  protected:
   void SetUp() override {
-    carrier = CP(0, 0);
-    end = CP(3, 0);
-    x = CP(0, 0);
-    y = CP(3, 0);
     hook = F().NewHook(0.5f);
-    hook->indelta = Delta{0, 0, 1};
-    hook->outdelta = Delta{0, 0, 1};
-    F().Open({carrier, end});
-    F().Open({CP(0, 3), x});
-    F().Open({CP(3, 6), y});
+    hook->indelta = hook->outdelta = Delta{0, 0, 1};
+    F().Open({carrier = CP(0, 0), end = CP(3, 0)});
+    F().Open({CP(0, 3), x = CP(0, 0)});
+    F().Open({CP(3, 6), y = CP(3, 0)});
     F().Open({CP(1.5f, 2), hook});
     TestFigure::Stack({x, carrier, hook});
     TestFigure::Stack({y, end});
   }
   void ExpectHandles(const char* when) {
+    SCOPED_TRACE(when);
     for (int call = 0; call < 2; ++call) {
-      EXPECT_EQ(hook->Getmit() == kIn, 1) << when << " call " << call;
-      EXPECT_EQ(hook->Getmot() == kOut, 1) << when << " call " << call;
+      SCOPED_TRACE(call);
+      ExpectVector(hook->Getmit(), kIn);
+      ExpectVector(hook->Getmot(), kOut);
     }
   }
   const Vector kIn = Vector(1.5f, -0.25f, 0);
   const Vector kOut = Vector(1.5f, 0.25f, 0);
-  SegmentCP* carrier = nullptr;
-  SegmentCP* end = nullptr;
-  SegmentCP* x = nullptr;
-  SegmentCP* y = nullptr;
+  SegmentCP *carrier = nullptr, *end = nullptr, *x = nullptr, *y = nullptr;
   HookSegmentCP* hook = nullptr;
 };
 
 TEST_F(MuscleHookTest, FirstGetmitPlacesTheRunAndGivesHandlePoints) {
   ExpectHandles("fresh");
-  EXPECT_EQ(hook->p == Vector(1.5f, 0, 0), 1);
+  ExpectVector(hook->p, Vector(1.5f, 0, 0));
   EXPECT_TRUE(hook->IsMpCached());
-  EXPECT_EQ(carrier->Getmit() == Vector(0.5f, 0, 0), 1);
-  EXPECT_EQ(end->Getmot() == Vector(2.5f, 0, 0), 1);
+  ExpectVector(carrier->Getmit(), Vector(0.5f, 0, 0));
+  ExpectVector(end->Getmot(), Vector(2.5f, 0, 0));
 }
 
 TEST_F(MuscleHookTest, OffCachedmitotKeepsTheHandles) {
@@ -313,7 +275,7 @@ TEST_F(MuscleHookTest, OffCachedmpitotReplacesAndKeepsTheHandles) {
   hook->p = kSentinel;
   hook->OffCachedmpitot();
   ExpectHandles("after OffCachedmpitot");
-  EXPECT_EQ(hook->p == Vector(1.5f, 0, 0), 1);
+  ExpectVector(hook->p, Vector(1.5f, 0, 0));
 }
 
 TEST_F(MuscleHookTest, TouchReplacesTheRunDuringTheFirstGetmit) {
@@ -322,7 +284,7 @@ TEST_F(MuscleHookTest, TouchReplacesTheRunDuringTheFirstGetmit) {
   hook->Touch(0);
   EXPECT_FALSE(hook->IsMpCached());
   ExpectHandles("after Touch");
-  EXPECT_EQ(hook->p == Vector(1.5f, 0, 0), 1);
+  ExpectVector(hook->p, Vector(1.5f, 0, 0));
 }
 
 TEST_F(MuscleHookTest, TouchAfterAPartnerMovedGivesTheNewHandles) {
@@ -334,8 +296,9 @@ TEST_F(MuscleHookTest, TouchAfterAPartnerMovedGivesTheNewHandles) {
   // (python3: struct.unpack('f', struct.pack('f', 1.25 * 0.3333333432674408))).
   const float third = 0x1.aaaaacp-2f;
   for (int call = 0; call < 2; ++call) {
-    EXPECT_EQ(hook->Getmit() == Vector(1.5f, -third, 0), 1) << call;
-    EXPECT_EQ(hook->Getmot() == Vector(1.5f, third, 0), 1) << call;
+    SCOPED_TRACE(call);
+    ExpectVector(hook->Getmit(), Vector(1.5f, -third, 0));
+    ExpectVector(hook->Getmot(), Vector(1.5f, third, 0));
   }
 }
 
