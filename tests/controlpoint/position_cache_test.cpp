@@ -2,55 +2,52 @@
 // generation checks, the invalidators and the muscle hook run refresh.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 
 #include "controlpoint/position_cache.h"
+#include "expect_vector.h"
 #include "marrow/marrow.h"
 #include "test_figure.h"
 
 namespace splinecore {
 namespace {
 
+using test::ExpectVector;
 using test::MakeMatrix;
 using test::TestFigure;
 
 // Moves the position by a fixed offset and counts its calls.
-class MoveBy : public MuscleEffect {
- public:
-  explicit MoveBy(Vector offset) : offset_(offset) {}
+struct MoveBy : MuscleEffect {
+  explicit MoveBy(Vector by) : offset(by) {}
   std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector* position) override {
     ++positionCalls;
-    *position += offset_;
-    return offset_ != Vector(0, 0, 0);
+    *position += offset;
+    return offset != Vector(0, 0, 0);
   }
   std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
   std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
+  Vector offset;
   int positionCalls = 0;
-
- private:
-  Vector offset_;
 };
 
-// Writes fixed delta values and reports fixed flags.
-class SetDeltas : public MuscleEffect {
- public:
-  SetDeltas(Delta in, std::int16_t inFlags, Delta out, std::int16_t outFlags)
-      : in_(in), out_(out), inFlags_(inFlags), outFlags_(outFlags) {}
+// Writes fixed delta values, reports fixed flags and counts its in-delta calls.
+struct SetDeltas : MuscleEffect {
+  SetDeltas(Delta inDelta, std::int16_t inReturn, Delta outDelta, std::int16_t outReturn)
+      : in(inDelta), out(outDelta), inFlags(inReturn), outFlags(outReturn) {}
   std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector*) override { return 0; }
   std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta* d) override {
     ++deltaCalls;
-    *d = in_;
-    return inFlags_;
+    *d = in;
+    return inFlags;
   }
   std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta* d) override {
-    *d = out_;
-    return outFlags_;
+    *d = out;
+    return outFlags;
   }
+  Delta in, out;
+  std::int16_t inFlags, outFlags;
   int deltaCalls = 0;
-
- private:
-  Delta in_, out_;
-  std::int16_t inFlags_, outFlags_;
 };
 
 class PositionCacheTest : public ::testing::Test {
@@ -60,9 +57,23 @@ class PositionCacheTest : public ::testing::Test {
     EXPECT_EQ(MarrowLiveBlocks(), live_);
   }
   TestFigure& F() { return *figure_; }
+  // Open spline (0,0,0) - (1,0,0) - (2,0,0).
+  std::array<SegmentCP*, 3> Three(std::uint32_t flags) {
+    std::array<SegmentCP*, 3> cps;
+    for (int i = 0; i < 3; ++i) cps[i] = F().NewCP(Vector(static_cast<float>(i), 0, 0), flags);
+    F().Open({cps[0], cps[1], cps[2]});
+    return cps;
+  }
+  // top over member, each a spline of its own.
+  void StackOfTwo(Vector topP, Vector memberP) {
+    F().Open({top = F().NewCP(topP)});
+    F().Open({member = F().NewCP(memberP)});
+    TestFigure::Stack({top, member});
+  }
 
   long live_ = MarrowLiveBlocks();
   std::unique_ptr<TestFigure> figure_ = std::make_unique<TestFigure>();
+  SegmentCP *top = nullptr, *member = nullptr;
 };
 
 // --- Model position ----------------------------------------------------------
@@ -81,11 +92,7 @@ TEST_F(PositionCacheTest, GetpOutsideMuscleModeOnlyChecksTheGeneration) {
 }
 
 TEST_F(PositionCacheTest, StackMemberGetsHeadPositionButNonMuscleGivesItsOwn) {
-  SegmentCP* top = F().NewCP(Vector(1, 1, 1));
-  SegmentCP* member = F().NewCP(Vector(7, 7, 7));
-  F().Open({top});
-  F().Open({member});
-  TestFigure::Stack({top, member});
+  StackOfTwo(Vector(1, 1, 1), Vector(7, 7, 7));
   EXPECT_EQ(&member->Getp(), &top->p);
   EXPECT_EQ(&member->Getnonmusclep(), &member->p);
 }
@@ -107,10 +114,7 @@ TEST_F(PositionCacheTest, GetnonmusclepUnconvertsFromTheCallerDown) {
 }
 
 TEST_F(PositionCacheTest, OutsideMuscleModeMuscleDataUnconvertsOnEveryCall) {
-  SegmentCP* a = F().NewCP(Vector(0, 0, 0));
-  SegmentCP* b = F().NewCP(Vector(1, 0, 0));
-  SegmentCP* c = F().NewCP(Vector(2, 0, 0));
-  F().Open({a, b, c});
+  auto [a, b, c] = Three(0);
   F().AddMuscleTable(8);
   F().AddMuscleData(b);
   for (int call = 0; call < 2; ++call) {
@@ -125,18 +129,14 @@ TEST_F(PositionCacheTest, OutsideMuscleModeMuscleDataUnconvertsOnEveryCall) {
 // --- Muscle-mode position --------------------------------------------------------
 
 TEST_F(PositionCacheTest, MovingEffectGivesMovedPositionOncePerGeneration) {
-  SegmentCP* a = F().NewCP(Vector(0, 0, 0), cpflag::converted);
-  SegmentCP* b = F().NewCP(Vector(1, 0, 0), cpflag::converted);
-  SegmentCP* c = F().NewCP(Vector(2, 0, 0), cpflag::converted);
-  F().Open({a, b, c});
+  auto [a, b, c] = Three(cpflag::converted);
   F().AddMuscleTable(8);
   MuscleCPData* data = F().AddMuscleData(b);
   MoveBy* move = F().AddEffect<MoveBy>(data, Vector(0, 0.5f, 0));
   F().SetMuscleMode(true);
-
   Vector& moved = b->Getp();
   EXPECT_EQ(&moved, &data->position);
-  EXPECT_EQ(moved == Vector(1, 0.5f, 0), 1);
+  ExpectVector(moved, Vector(1, 0.5f, 0));
   EXPECT_TRUE(b->IsMuscleMoved());
   for (SegmentCP* cp : {a, b, c}) EXPECT_FALSE(cp->IsConverted());
 
@@ -149,32 +149,27 @@ TEST_F(PositionCacheTest, MovingEffectGivesMovedPositionOncePerGeneration) {
   // A new generation recomputes; the same place with muscleMoved already
   // set unconverts nothing.
   ++F().cache.generation;
-  EXPECT_EQ(b->Getp() == Vector(1, 0.5f, 0), 1);
+  ExpectVector(b->Getp(), Vector(1, 0.5f, 0));
   EXPECT_EQ(move->positionCalls, 2);
   for (SegmentCP* cp : {a, b, c}) EXPECT_TRUE(cp->IsConverted());
 }
 
 TEST_F(PositionCacheTest, EffectsThatDoNotMoveGiveTheCallersOwnPosition) {
-  SegmentCP* top = F().NewCP(Vector(1, 1, 1));
-  SegmentCP* member = F().NewCP(Vector(5, 5, 5));
-  F().Open({top});
-  F().Open({member});
-  TestFigure::Stack({top, member});
+  StackOfTwo(Vector(1, 1, 1), Vector(5, 5, 5));
   F().AddMuscleTable(8);
   MuscleCPData* data = F().AddMuscleData(top);
   data->position = Vector(9, 9, 9);
   F().AddEffect<MoveBy>(data, Vector(0, 0, 0));
   F().SetMuscleMode(true);
   EXPECT_EQ(&member->Getp(), &member->p);
-  EXPECT_EQ(data->position == top->p, 1);  // written although unused
+  ExpectVector(data->position, top->p);  // written although unused
   EXPECT_FALSE(top->IsMuscleMoved());
 }
 
 TEST_F(PositionCacheTest, MuscleDeltasAddAnglesAndScaleMagnitudeOnlyOnBitFour) {
   SegmentCP* scaled = F().NewCP(Vector(0, 0, 0), cpflag::converted);
   SegmentCP* kept = F().NewCP(Vector(1, 0, 0), cpflag::converted);
-  F().Open({scaled});
-  F().Open({kept});
+  for (SegmentCP* cp : {scaled, kept}) F().Open({cp});
   for (SegmentCP* cp : {scaled, kept}) {
     cp->indelta = Delta{10, 20, 2};
     cp->outdelta = Delta{-1, 0, 3};
@@ -185,7 +180,6 @@ TEST_F(PositionCacheTest, MuscleDeltasAddAnglesAndScaleMagnitudeOnlyOnBitFour) {
   F().AddEffect<SetDeltas>(scaledData, Delta{5, -20, 0.5f}, std::int16_t{4}, Delta{0, 0, 1}, std::int16_t{0});
   F().AddEffect<SetDeltas>(keptData, Delta{5, -20, 0.5f}, std::int16_t{1}, Delta{1, 0, 1}, std::int16_t{2});
   F().SetMuscleMode(true);
-
   scaled->Getmusclep();
   EXPECT_EQ(scaledData->indelta.pitch, 15.0f);
   EXPECT_EQ(scaledData->indelta.yaw, 0.0f);
@@ -226,11 +220,7 @@ TEST_F(PositionCacheTest, CachedHeadPositionSkipsTheDeltas) {
 }
 
 TEST_F(PositionCacheTest, WithoutHeadDataInMuscleModeTheHeadPositionServes) {
-  SegmentCP* top = F().NewCP(Vector(1, 1, 1));
-  SegmentCP* member = F().NewCP(Vector(5, 5, 5));
-  F().Open({top});
-  F().Open({member});
-  TestFigure::Stack({top, member});
+  StackOfTwo(Vector(1, 1, 1), Vector(5, 5, 5));
   F().AddMuscleTable(8);
   F().SetMuscleMode(true);
   EXPECT_EQ(&member->Getp(), &top->p);
@@ -242,45 +232,37 @@ TEST_F(PositionCacheTest, WithoutHeadDataInMuscleModeTheHeadPositionServes) {
 // --- Screen position --------------------------------------------------------------
 
 TEST_F(PositionCacheTest, ScreenPositionIsTheHeadsAndFollowsScreenGeneration) {
-  SegmentCP* top = F().NewCP(Vector(1, 2, 3));
-  SegmentCP* member = F().NewCP(Vector(1, 2, 3));
-  F().Open({top});
-  F().Open({member});
-  TestFigure::Stack({top, member});
+  StackOfTwo(Vector(1, 2, 3), Vector(1, 2, 3));
   F().SetScreen(MakeMatrix({2, 0, 0, 1, 0, 2, 0, 0, 0, 0, 2, 0}), MakeMatrix({0.5f, 0, 0, -0.5f, 0, 0.5f, 0,
                                                                               0, 0, 0, 0.5f, 0}));
   Vector& s = member->Getscreenp();
   EXPECT_EQ(&s, &top->screenp);
-  EXPECT_EQ(s == Vector(3, 4, 6), 1);
+  ExpectVector(s, Vector(3, 4, 6));
   EXPECT_EQ(&top->Getscreenp(), &s);
 
   // Cached: a moved p is not seen until the screen generation changes.
   top->p = Vector(0, 0, 0);
-  EXPECT_EQ(top->Getscreenp() == Vector(3, 4, 6), 1);
+  ExpectVector(top->Getscreenp(), Vector(3, 4, 6));
   ++F().cache.screenGeneration;
-  EXPECT_EQ(member->Getscreenp() == Vector(1, 0, 0), 1);
+  ExpectVector(member->Getscreenp(), Vector(1, 0, 0));
 
   top->OffCachedscreenitot();
   EXPECT_TRUE(top->IsScreenpCached());
 }
 
 TEST_F(PositionCacheTest, SetPrevpStoresTheStaleHeadScreenPosition) {
-  SegmentCP* top = F().NewCP(Vector(1, 2, 3));
-  SegmentCP* member = F().NewCP(Vector(1, 2, 3));
-  F().Open({top});
-  F().Open({member});
-  TestFigure::Stack({top, member});
+  StackOfTwo(Vector(1, 2, 3), Vector(1, 2, 3));
   member->SetPrevp();  // no muscle table: nothing happens
   top->screenp = Vector(4, 5, 6);  // not brought up to date by SetPrevp
   MuscleTable* table = F().AddMuscleTable(static_cast<std::uint16_t>(top->id + 1));
   member->SetPrevp();
-  EXPECT_EQ(table->prevp[top->id] == Vector(4, 5, 6), 1);
+  ExpectVector(table->prevp[top->id], Vector(4, 5, 6));
   EXPECT_FALSE(top->IsScreenpCached());
 
   table->prevp[top->id] = Vector(0, 0, 0);
   table->count = static_cast<std::uint16_t>(top->id);  // too short
   member->SetPrevp();
-  EXPECT_EQ(table->prevp[top->id] == Vector(0, 0, 0), 1);
+  ExpectVector(table->prevp[top->id], Vector(0, 0, 0));
 }
 
 // --- Invalidators -------------------------------------------------------------------
@@ -322,14 +304,11 @@ TEST_F(PositionCacheTest, GetmpOfAHookPlacesAndMarksItsRun) {
   HookSegmentCP* h2 = F().NewHook(0.75f, cpflag::mitCached | cpflag::motCached);
   SegmentCP* below = F().NewCP(Vector(0, 0, 0), cpflag::mitCached);
   F().Open({carrier, end});
-  F().Open({h1});
-  F().Open({h2});
-  F().Open({below});
+  for (SegmentCP* cp : {static_cast<SegmentCP*>(h1), static_cast<SegmentCP*>(h2), below}) F().Open({cp});
   TestFigure::Stack({carrier, h1, h2, below});
-
   // Evenly spaced straight segment from (3,0,0) to the carrier: s lies at x = 3s.
-  EXPECT_EQ(h2->Getmp() == Vector(2.25f, 0, 0), 1);
-  EXPECT_EQ(h1->p == Vector(0.75f, 0, 0), 1);
+  ExpectVector(h2->Getmp(), Vector(2.25f, 0, 0));
+  ExpectVector(h1->p, Vector(0.75f, 0, 0));
   for (SegmentCP* h : {static_cast<SegmentCP*>(h1), static_cast<SegmentCP*>(h2)}) {
     EXPECT_TRUE(h->IsMpCached());
     EXPECT_FALSE(h->IsMitCached());
@@ -339,7 +318,7 @@ TEST_F(PositionCacheTest, GetmpOfAHookPlacesAndMarksItsRun) {
 
   // Placed: a second query does not place again.
   h1->p = Vector(-1, -1, -1);
-  EXPECT_EQ(h1->Getmp() == Vector(-1, -1, -1), 1);
+  ExpectVector(h1->Getmp(), Vector(-1, -1, -1));
   EXPECT_EQ(&carrier->Getmp(), &carrier->p);
 }
 
@@ -348,9 +327,9 @@ TEST_F(PositionCacheTest, HookWithoutCarrierKeepsItsPosition) {
   F().Open({lone});
   lone->p = Vector(1, 2, 3);
   EXPECT_EQ(&lone->Getmp(), &lone->p);
-  EXPECT_EQ(lone->p == Vector(1, 2, 3), 1);
+  ExpectVector(lone->p, Vector(1, 2, 3));
   EXPECT_FALSE(lone->IsMpCached());
-  EXPECT_EQ(lone->Getscreenp() == Vector(1, 2, 3), 1);
+  ExpectVector(lone->Getscreenp(), Vector(1, 2, 3));
 }
 
 }  // namespace
