@@ -10,100 +10,91 @@
 // result is noted beside each expectation that it changes.
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "convert/apply_delta.h"
+#include "expect_vector.h"
 #include "hooks/subdivide_bezier.h"
 #include "test_figure.h"
 
 namespace splinecore {
 namespace {
 
+using test::ExpectVector;
 using test::TestFigure;
 
-void ExpectVector(const Vector& v, float x, float y, float z) {
-  EXPECT_EQ(v.x, x);
-  EXPECT_EQ(v.y, y);
-  EXPECT_EQ(v.z, z);
-}
+struct At {
+  float x, y, z;
+  std::uint32_t flags = 0;
+};
+constexpr std::uint32_t S = cpflag::smooth;
 
-struct Tangents {
-  Vector it{0, 0, 0};
-  Vector ot{0, 0, 0};
-  Vector normal{0, 0, 0};
-  Vector outNormal{0, 0, 0};
-  int result = -1;
+// A smooth point of an open three-point spline; `normal` is expected in
+// both normal outputs. The alternative reading's floats are in `other`.
+struct TangentReading {
+  const char* name;
+  const char* other;
+  At spline[3];
+  int at;
+  Vector it, ot, normal;
 };
 
-class TangentReadings : public ::testing::Test {
- protected:
-  TestFigure fig;
-  SegmentCP* At(float x, float y, float z, std::uint32_t flags = 0) { return fig.NewCP(Vector(x, y, z), flags); }
-  static Tangents Compute(SegmentCP* cp) {
-    Tangents t;
-    t.result = cp->GetTangents(&t.it, &t.ot, &t.normal, &t.outNormal, 1);
-    return t;
+const TangentReading kTangentReadings[] = {
+    {"lengths are rounded to float before S = (LA + LB)/L and the factors are formed",
+     "double lengths: it.x 0x1.db3be8p+0, ot.y -0x1.a32c9ep+1, ot.z -0x1.fab1b4p+0",
+     {{0.7f, -4.9f, -2.8f}, {-0.3f, -2.5f, 0.4f, S}, {-2.2f, 4.2f, 2.7f}},
+     1,
+     {0x1.db3beap+0f, -0x1.74d01ap+2f, -0x1.c2a726p+1f},
+     {0x1.0b2a8p+0f, -0x1.a32c9cp+1f, -0x1.fab1b2p+0f},
+     {-0x1.66be58p-2f, -0x1.54b75ep-4f, -0x1.81c8dp-5f}},
+    {"W = D * (V . D) with the dot product unrounded",
+     "rounded to float first: -0x1.fde046p+1, 0x1.1b43b4p+2, -0x1.338b54p+1",
+     {{-2.0f, 2.3f, -1.1f, S}, {1.9f, -2.8f, -1.0f}, {-0.5f, -0.9f, -4.7f}},
+     0,
+     {-0x1.fde048p+1f, 0x1.1b43b6p+2f, -0x1.338b56p+1f},
+     {-0x1.fde048p+1f, 0x1.1b43b6p+2f, -0x1.338b56p+1f},
+     {0x1.27411cp-1f, 0x1.c0925ap-2f, -0x1.315ecp-3f}},
+    // C sits where the mirrored direction almost equals K: Q.D =
+    // 0.95401477119769 < k = 0.95401478050637 in double, while both round to
+    // the same float; compared in double the tangent is limited onto K.
+    {"the limit test compares doubles",
+     "compared in float it stays the mirror (0x1.c6807cp+1, 0x1.28a5bcp+1, -0x1.33126p+2)",
+     {{0.4f, 2.4f, -2.4f, S}, {-2.6f, -1.6f, 1.6f}, {-0x1.e0c7ccp+0f, -0x1.95da8ap+1f, 0x1.2436f2p-1f}},
+     0,
+     {0x1.c6807ep+1f, 0x1.28a5bcp+1f, -0x1.33125ep+2f},
+     {0x1.c6807ep+1f, 0x1.28a5bcp+1f, -0x1.33125ep+2f},
+     {0x1.ef9a9p-3f, -0x1.30fd4cp-8f, 0x1.6a2cp-3f}},
+    {"without prev the mirror is W - (V - W)", "as 2W - V: -0x1.85468p+1, 0x1.85468p+2, 0x1.ac33f4p+2",
+     {{-3.0f, 4.4f, 1.9f, S}, {-1.4f, -3.3f, -3.5f}, {-4.3f, -2.0f, 1.0f}},
+     0,
+     {-0x1.854684p+1f, 0x1.854684p+2f, 0x1.ac33f6p+2f},
+     {-0x1.854684p+1f, 0x1.854684p+2f, 0x1.ac33f6p+2f},
+     {-0x1.c1dfep-2f, 0x1.137e48p-3f, -0x1.49b672p-2f}},
+    {"without next the mirror is 2W - V", "as W - (V - W): 0x1.daf624p+0, -0x1.f251f8p-2, 0x1.6a0f8ep+1",
+     {{1.5f, 4.0f, -3.9f}, {4.4f, 2.4f, 4.2f}, {1.2f, 2.4f, 3.0f, S}},
+     2,
+     {0x1.daf622p+0f, -0x1.f251f6p-2f, 0x1.6a0f8cp+1f},
+     {0x1.daf622p+0f, -0x1.f251f6p-2f, 0x1.6a0f8cp+1f},
+     {-0x1.4495cp-4f, 0x1.da32dp-1f, 0x1.b0c7b2p-3f}},
+};
+
+TEST(TangentReadings, LengthsProjectionLimitAndMirrors) {
+  for (const TangentReading& r : kTangentReadings) {
+    SCOPED_TRACE(std::string(r.name) + "; the other reading would give " + r.other);
+    TestFigure fig;
+    SegmentCP* cps[3];
+    for (int i = 0; i < 3; ++i) {
+      const At& a = r.spline[i];
+      cps[i] = fig.NewCP(Vector(a.x, a.y, a.z), a.flags);
+    }
+    fig.Open({cps[0], cps[1], cps[2]});
+    Vector it, ot, inNormal, outNormal;
+    EXPECT_EQ(cps[r.at]->GetTangents(&it, &ot, &inNormal, &outNormal, 1), 1);
+    ExpectVector(it, r.it);
+    ExpectVector(ot, r.ot);
+    ExpectVector(inNormal, r.normal);
+    ExpectVector(outNormal, r.normal);
   }
-};
-
-// Lengths are rounded to float before S = (LA + LB)/L and the factors are
-// formed (with double lengths: it.x 0x1.db3be8p+0, ot.y -0x1.a32c9ep+1,
-// ot.z -0x1.fab1b4p+0).
-TEST_F(TangentReadings, LengthsAreRoundedToFloat) {
-  SegmentCP* p = At(-0.3f, -2.5f, 0.4f, cpflag::smooth);
-  fig.Open({At(0.7f, -4.9f, -2.8f), p, At(-2.2f, 4.2f, 2.7f)});
-  const Tangents t = Compute(p);
-  EXPECT_EQ(t.result, 1);
-  ExpectVector(t.it, 0x1.db3beap+0f, -0x1.74d01ap+2f, -0x1.c2a726p+1f);
-  ExpectVector(t.ot, 0x1.0b2a8p+0f, -0x1.a32c9cp+1f, -0x1.fab1b2p+0f);
-  ExpectVector(t.normal, -0x1.66be58p-2f, -0x1.54b75ep-4f, -0x1.81c8dp-5f);
-}
-
-// W = D * (V . D) with the dot product unrounded (rounded to float first:
-// -0x1.fde046p+1, 0x1.1b43b4p+2, -0x1.338b54p+1).
-TEST_F(TangentReadings, ProjectionFactorStaysDouble) {
-  SegmentCP* p = At(-2.0f, 2.3f, -1.1f, cpflag::smooth);
-  fig.Open({p, At(1.9f, -2.8f, -1.0f), At(-0.5f, -0.9f, -4.7f)});
-  const Tangents t = Compute(p);
-  EXPECT_EQ(t.result, 1);
-  ExpectVector(t.it, -0x1.fde048p+1f, 0x1.1b43b6p+2f, -0x1.338b56p+1f);
-  ExpectVector(t.ot, -0x1.fde048p+1f, 0x1.1b43b6p+2f, -0x1.338b56p+1f);
-  ExpectVector(t.normal, 0x1.27411cp-1f, 0x1.c0925ap-2f, -0x1.315ecp-3f);
-}
-
-// C sits where the mirrored direction almost equals K: Q.D =
-// 0.95401477119769 < k = 0.95401478050637 in double, while both round to
-// the same float. Compared in double the tangent is limited onto K; compared
-// in float it would stay the mirror (0x1.c6807cp+1, 0x1.28a5bcp+1,
-// -0x1.33126p+2).
-TEST_F(TangentReadings, LimitTestComparesDoubles) {
-  SegmentCP* p = At(0.4f, 2.4f, -2.4f, cpflag::smooth);
-  fig.Open({p, At(-2.6f, -1.6f, 1.6f), At(-0x1.e0c7ccp+0f, -0x1.95da8ap+1f, 0x1.2436f2p-1f)});
-  const Tangents t = Compute(p);
-  EXPECT_EQ(t.result, 1);
-  ExpectVector(t.it, 0x1.c6807ep+1f, 0x1.28a5bcp+1f, -0x1.33125ep+2f);
-  ExpectVector(t.normal, 0x1.ef9a9p-3f, -0x1.30fd4cp-8f, 0x1.6a2cp-3f);
-}
-
-// Without prev the mirror is W - (V - W) (as 2W - V: -0x1.85468p+1,
-// 0x1.85468p+2, 0x1.ac33f4p+2).
-TEST_F(TangentReadings, MirrorWithoutPrevIsWMinusVMinusW) {
-  SegmentCP* p = At(-3.0f, 4.4f, 1.9f, cpflag::smooth);
-  fig.Open({p, At(-1.4f, -3.3f, -3.5f), At(-4.3f, -2.0f, 1.0f)});
-  const Tangents t = Compute(p);
-  EXPECT_EQ(t.result, 1);
-  ExpectVector(t.it, -0x1.854684p+1f, 0x1.854684p+2f, 0x1.ac33f6p+2f);
-  ExpectVector(t.normal, -0x1.c1dfep-2f, 0x1.137e48p-3f, -0x1.49b672p-2f);
-}
-
-// Without next the mirror is 2W - V (as W - (V - W): 0x1.daf624p+0,
-// -0x1.f251f8p-2, 0x1.6a0f8ep+1).
-TEST_F(TangentReadings, MirrorWithoutNextIsTwoWMinusV) {
-  SegmentCP* p = At(1.2f, 2.4f, 3.0f, cpflag::smooth);
-  fig.Open({At(1.5f, 4.0f, -3.9f), At(4.4f, 2.4f, 4.2f), p});
-  const Tangents t = Compute(p);
-  EXPECT_EQ(t.result, 1);
-  ExpectVector(t.ot, 0x1.daf622p+0f, -0x1.f251f6p-2f, 0x1.6a0f8cp+1f);
-  ExpectVector(t.it, 0x1.daf622p+0f, -0x1.f251f6p-2f, 0x1.6a0f8cp+1f);
-  ExpectVector(t.normal, -0x1.4495cp-4f, 0x1.da32dp-1f, 0x1.b0c7b2p-3f);
 }
 
 // The normal is scaled by 1 / (its length rounded to float), the reciprocal
