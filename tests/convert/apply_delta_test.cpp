@@ -44,9 +44,9 @@ const Turn kTurns[] = {
     {"200: -a + (a - b)*2/9", kX, kY, 200, {-0x1.ec4cdep-1f, -0x1.19507ep-2f, 0}},
     {"300: -b + (a + b)/3", kX, kY, 300, {0x1.c9f25ep-2f, -0x1.c9f25cp-1f, 0}},
     {"359.5 keeps its fraction", kX, kY, 359.5f, {0x1.fffdf6p-1f, -0x1.6e1e4p-8f, 0}},
-    // The square of non-unit, non-perpendicular vectors.
-    {"45 of (2,0,0), (1,1,0): (a + b)/2 normalised", {2, 0, 0}, {1, 1, 0}, 45, {0x1.e5b9dp-1f, 0x1.43d136p-2f, 0}},
-    {"135 of (2,0,0), (1,1,0): (b - a)/2 normalised", {2, 0, 0}, {1, 1, 0}, 135, {-kHalfSqrt2, kHalfSqrt2, 0}},
+    // The square of non-unit, non-perpendicular vectors; results normalised.
+    {"45 of (2,0,0), (1,1,0): (a + b)/2", {2, 0, 0}, {1, 1, 0}, 45, {0x1.e5b9dp-1f, 0x1.43d136p-2f, 0}},
+    {"135 of (2,0,0), (1,1,0): (b - a)/2", {2, 0, 0}, {1, 1, 0}, 135, {-kHalfSqrt2, kHalfSqrt2, 0}},
     // Zero angles copy a unnormalised; a zero b keeps the unit a short of 90.
     {"0", {2, -3, 0.5f}, kY, 0, {2, -3, 0.5f}},
     {"-0", {2, -3, 0.5f}, kY, -0.0f, {2, -3, 0.5f}},
@@ -99,15 +99,16 @@ struct DeltaCase {
   Vector expectedT, expectedNormal;
 };
 
+// The normal comes out normalised unless the tangent or the normal is zero.
 const DeltaCase kDeltas[] = {
-    {"pitch turns toward the normal, which is normalised", {2, 0, 0}, {0, 0, 3}, 90, 0, 1, {0, 0, 2}, {0, 0, 1}},
+    {"pitch turns toward the normal", {2, 0, 0}, {0, 0, 3}, 90, 0, 1, {0, 0, 2}, {0, 0, 1}},
     {"yaw turns toward t x normal", {2, 0, 0}, {0, 0, 3}, 0, 90, 1, {0, -2, 0}, {0, 0, 1}},
     {"magnitude scales without turning", {2, 0, 0}, {0, 0, 3}, 0, 0, 3, {6, 0, 0}, {0, 0, 1}},
     // w = (sqrt 1/2, 0, sqrt 1/2), c = (0, -1, 0).
     {"pitch then yaw", {1, 0, 0}, {0, 0, 1}, 45, 45, 1, {0.5f, -kHalfSqrt2, 0.5f}, {0, 0, 1}},
     {"a square turn of 30 keeps the length: (2, 0, 1)/sqrt(5) scaled by 2", {2, 0, 0}, {0, 0, 3}, 30, 0, 1,
      {0x1.c9f25cp+0f, 0, 0x1.c9f25ep-1f}, {0, 0, 1}},
-    {"zero tangent leaves tangent and normal alone", {0, -0.0f, 0}, {0, 0, 3}, 45, 10, 2, {0, 0, 0}, {0, 0, 3}},
+    {"zero tangent: both left alone", {0, -0.0f, 0}, {0, 0, 3}, 45, 10, 2, {0, 0, 0}, {0, 0, 3}},
     // A zero normal is not normalised: short of 90 degrees the turn keeps the
     // unit tangent; at 90 the blend of b = 0 and -a * 0 is zero and stays zero.
     {"zero normal, 45", {0, 3, 0}, kZero, 45, 0, 1, {0, 3, 0}, kZero},

@@ -53,7 +53,7 @@ struct Case {
   Vector it, ot, normal;
 };
 
-// -sqrt(1/2); (2, -1, 0)/sqrt(5); (3, -1, 0)/sqrt(10).
+// -sqrt(1/2); K = (2, -1, 0)/sqrt(5); the mirror (3, -1, 0)/sqrt(10).
 constexpr float kHalfRoot2 = 0x1.6a09e6p-1f;
 const Vector kToK(0x1.c9f25cp-1f, -0x1.c9f25cp-2f, 0);
 const Vector kMirror(0x1.e5b9dp-1f, -0x1.43d136p-2f, 0);
@@ -62,22 +62,22 @@ const Case kCases[] = {
     // Smooth interior: the chord B - A shared by the segment lengths.
     {"interior, shared by lengths", {{1, 0, 0}, {0, 0, 0, S}, {-3, 0, 0}}, false, 1, 1, {3, 0, 0}, {1, 0, 0},
      {0, 0, 0}},
-    {"interior, evenly spaced: P - B", {{2, 3, 4}, {1, 1, 1, S}, {0, -1, -2}}, false, 1, 1, {1, 2, 3}, {1, 2, 3},
+    {"interior, even: P - B", {{2, 3, 4}, {1, 1, 1, S}, {0, -1, -2}}, false, 1, 1, {1, 2, 3}, {1, 2, 3},
      {0, 0, 0}},
     {"interior, normal toward prev x chord", {{1, 1, 0}, {0, 0, 0, S}, {-1, 1, 0}}, false, 1, 1, {1, 0, 0},
      {1, 0, 0}, {0, 0, -kHalfRoot2}},
-    {"interior, coinciding neighbours", {{2, 1, 0}, {0, 0, 0, S}, {2, 1, 0}}, false, 1, 0, {0, 0, 0}, {0, 0, 0},
+    {"interior, neighbours meet", {{2, 1, 0}, {0, 0, 0, S}, {2, 1, 0}}, false, 1, 0, {0, 0, 0}, {0, 0, 0},
      kUnwritten},
-    {"interior, on its prev: A - B, zero normal", {{1, 2, 3}, {1, 2, 3, S}, {-1, 0, 0}}, false, 1, 1, {2, 2, 3},
+    {"interior on its prev: A - B", {{1, 2, 3}, {1, 2, 3, S}, {-1, 0, 0}}, false, 1, 1, {2, 2, 3},
      {0, 0, 0}, {0, 0, 0}},
-    {"closed pair of smooth points: coinciding neighbours", {{0, 0, 0, S}, {2, 0, 0, S}}, true, 0, 0, {0, 0, 0},
+    {"closed smooth pair: neighbours meet", {{0, 0, 0, S}, {2, 0, 0, S}}, true, 0, 0, {0, 0, 0},
      {0, 0, 0}, kUnwritten},
     // Smooth open ends: the mirror of the second neighbour, limited to K.
-    {"no prev, mirror (0,-1,0) leans past K = (2,-1,0)/sqrt 5", {{0, 0, 0, S}, {-1, 0, 0}, {0, -1, 0}}, false, 0,
+    {"no prev, (0,-1,0) leans past K", {{0, 0, 0, S}, {-1, 0, 0}, {0, -1, 0}}, false, 0,
      1, kToK, kToK, {0, 0, 1}},
     {"no prev, limiting keeps the mirrored length 2", {{0, 0, 0, S}, {-2, 0, 0}, {0, -1, 0}}, false, 0, 1,
      {0x1.f0b686p+0f, -0x1.f0b686p-2f, 0}, {0x1.f0b686p+0f, -0x1.f0b686p-2f, 0}, {0, 0, 1}},
-    {"no prev, mirror within the limit", {{0, 0, 0, S}, {-1, 0, 0}, {-3, -1, 0}}, false, 0, 1, kMirror, kMirror,
+    {"no prev, within the limit", {{0, 0, 0, S}, {-1, 0, 0}, {-3, -1, 0}}, false, 0, 1, kMirror, kMirror,
      {0, 0, 0x1.43d138p-2f}},
     {"no next, limited", {{0, 1, 0}, {1, 0, 0}, {0, 0, 0, S}}, false, 2, 1, kToK, kToK, {0, 0, 1}},
     {"no next, within the limit", {{3, 1, 0}, {1, 0, 0}, {0, 0, 0, S}}, false, 2, 1, kMirror, kMirror,
@@ -90,9 +90,9 @@ const Case kCases[] = {
     {"peaked bend", {{1, 1, 0}, {0, 0, 0}, {-1, 1, 0}}, false, 1, 1, {0.5f, -0.5f, 0}, {0.5f, 0.5f, 0},
      {0, 0, 0.5f}},
     {"closed pair of peaked points", {{0, 0, 0}, {2, 0, 0}}, true, 0, 1, {-1, 0, 0}, {1, 0, 0}, {0, 0, 0}},
-    {"open smooth pair, first", {{0, 0, 0, S}, {2, 4, 0, S}}, false, 0, 0, {-1, -2, 0}, {-1, -2, 0}, kUnwritten},
-    {"open smooth pair, last", {{0, 0, 0, S}, {2, 4, 0, S}}, false, 1, 0, {-1, -2, 0}, {-1, -2, 0}, kUnwritten},
-    {"smooth end without second neighbour", {{0, 4, 0}, {0, 0, 0, S}}, false, 1, 0, {0, 2, 0}, {0, 2, 0},
+    {"smooth pair, first", {{0, 0, 0, S}, {2, 4, 0, S}}, false, 0, 0, {-1, -2, 0}, {-1, -2, 0}, kUnwritten},
+    {"smooth pair, last", {{0, 0, 0, S}, {2, 4, 0, S}}, false, 1, 0, {-1, -2, 0}, {-1, -2, 0}, kUnwritten},
+    {"no second neighbour", {{0, 4, 0}, {0, 0, 0, S}}, false, 1, 0, {0, 2, 0}, {0, 2, 0},
      kUnwritten},
 };
 
@@ -124,7 +124,7 @@ TEST(GetTangents, EveryCaseOfTheRule) {
 class GetTangentsTest : public ::testing::Test {
  protected:
   TestFigure fig;
-  SegmentCP* P(float x, float y, float z, std::uint32_t flags = 0) { return fig.NewCP(Vector(x, y, z), flags); }
+  SegmentCP* P(float x, float y, float z, std::uint32_t f = 0) { return fig.NewCP(Vector(x, y, z), f); }
 };
 
 TEST_F(GetTangentsTest, HookReturnsZeroAndWritesNothing) {
