@@ -3,7 +3,7 @@
 #   make test   builds and tests the x86-64, i386 and ASan/UBSan presets
 PRESETS := default i386 asan
 
-.PHONY: all test demo bench deps clean
+.PHONY: all test demo demo-expected bench deps clean
 
 all: demo
 
@@ -18,10 +18,20 @@ test: deps
 	  ctest --preset $$preset; \
 	done
 
-demo: deps
+demo:
+	@scripts/install-deps.sh demo
 	@cmake --preset default >/dev/null
 	@cmake --build --preset default --target splinecore-demo
-	@./build/default/examples/splinecore-demo
+	@./build/default/examples/splinecore-demo --out build/demo/figure
+
+# Regenerates the demo's golden table from the current build; run it only on
+# purpose, after checking the new values (see examples/tests/CMakeLists.txt).
+demo-expected:
+	@scripts/install-deps.sh demo
+	@cmake --preset default >/dev/null
+	@cmake --build --preset default --target splinecore-demo
+	@./build/default/examples/splinecore-demo --table-only > examples/tests/builtin_figure.table
+	@echo "wrote examples/tests/builtin_figure.table"
 
 bench:
 	@scripts/install-deps.sh bench

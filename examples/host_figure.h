@@ -3,6 +3,7 @@
 #ifndef SPLINECORE_EXAMPLES_HOST_FIGURE_H
 #define SPLINECORE_EXAMPLES_HOST_FIGURE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -56,7 +57,11 @@ class HostFigure {
   void SetScreen(float rotateDegrees, float scale, float tx, float ty);
   // Attaches an OffsetEffect to cp in the muscle table (made on first use).
   void AddMuscleOffset(SegmentCP* cp, Vector offset);
-  // Switches muscle mode and advances both generations.
+  // Reverses splines[index] as a host does: ReverseSlice, then touches what
+  // the reversal affects across stacks (GroupSlice + ConvertGroup).
+  void ReverseSpline(std::size_t index);
+  // Switches muscle mode: touches every control point and advances both
+  // generations.
   void SetMuscleMode(bool on);
   void Invalidate();  // advances both generation counters
 
@@ -66,6 +71,7 @@ class HostFigure {
   MuscleOwner owner{};
   std::vector<Spline> splines;
   Slice* slices = nullptr;  // one slice per spline, in spline order
+  std::size_t measured = 0;  // the spline the demo walks at equal length steps
 
  private:
   MuscleTable table_{};

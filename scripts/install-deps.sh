@@ -7,7 +7,7 @@ packages=(cmake ninja-build g++ g++-multilib googletest pkgconf binutils qemu-us
 for need in "$@"; do
   case "$need" in
     bench) packages+=(libbenchmark-dev lib2geom-dev libboost-dev) ;;
-    demo|test) ;;
+    demo|test) packages+=(libcairo2-dev nlohmann-json3-dev fonts-dejavu-core) ;;
     *) echo "install-deps: unknown set '$need'" >&2; exit 2 ;;
   esac
 done
