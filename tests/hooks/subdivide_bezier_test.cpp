@@ -6,16 +6,13 @@
 // its next at (3, 0, 0).
 #include <gtest/gtest.h>
 
+#include "expect_vector.h"
 #include "hooks/subdivide_bezier.h"
 
 namespace splinecore {
 namespace {
 
-void ExpectVector(const Vector& v, float x, float y, float z) {
-  EXPECT_EQ(v.x, x);
-  EXPECT_EQ(v.y, y);
-  EXPECT_EQ(v.z, z);
-}
+using test::ExpectVector;
 
 struct Piece {
   Vector p[4];
@@ -33,30 +30,26 @@ const Vector kStraight[4] = {{3, 0, 0}, {2, 0, 0}, {1, 0, 0}, {0, 0, 0}};
 // An arc from (0, 0, 0) to (3, 0, 0) through the square's upper corners.
 const Vector kArc[4] = {{0, 0, 0}, {0, 3, 0}, {3, 3, 0}, {3, 0, 0}};
 
-TEST(SubdivideBezier, WholeCurveForwardIsTheCurveItself) {
-  const Piece out = Cut(kCurve, 0.0f, 1.0f);
-  for (int k = 0; k < 4; ++k) ExpectVector(out.p[k], kCurve[k].x, kCurve[k].y, kCurve[k].z);
-}
-
-TEST(SubdivideBezier, WholeCurveBackwardIsTheCurveReversed) {
-  const Piece out = Cut(kCurve, 1.0f, 0.0f);
-  for (int k = 0; k < 4; ++k) ExpectVector(out.p[k], kCurve[3 - k].x, kCurve[3 - k].y, kCurve[3 - k].z);
+TEST(SubdivideBezier, WholeCurveIsTheCurveForwardAndReversedBackward) {
+  const Piece forward = Cut(kCurve, 0.0f, 1.0f);
+  const Piece backward = Cut(kCurve, 1.0f, 0.0f);
+  for (int k = 0; k < 4; ++k) {
+    ExpectVector(forward.p[k], kCurve[k]);
+    ExpectVector(backward.p[k], kCurve[3 - k]);
+  }
 }
 
 TEST(SubdivideBezier, PiecesOfAStraightEvenSegmentAreEven) {
-  const Piece first = Cut(kStraight, 1.0f, 0.75f);
-  ExpectVector(first.p[0], 0, 0, 0);
-  ExpectVector(first.p[1], 0.25f, 0, 0);
-  ExpectVector(first.p[2], 0.5f, 0, 0);
-  ExpectVector(first.p[3], 0.75f, 0, 0);
-  const Piece middle = Cut(kStraight, 0.75f, 0.25f);
-  ExpectVector(middle.p[1], 1.25f, 0, 0);
-  ExpectVector(middle.p[2], 1.75f, 0, 0);
-  ExpectVector(middle.p[3], 2.25f, 0, 0);
-  const Piece last = Cut(kStraight, 0.75f, 0.0f);
-  ExpectVector(last.p[1], 1.5f, 0, 0);
-  ExpectVector(last.p[2], 2.25f, 0, 0);
-  ExpectVector(last.p[3], 3, 0, 0);
+  // The point at parameter t lies at x = 3(1 - t).
+  const struct {
+    float a, b, x[4];
+  } pieces[] = {{1, 0.75f, {0, 0.25f, 0.5f, 0.75f}}, {0.75f, 0.25f, {0.75f, 1.25f, 1.75f, 2.25f}},
+                {0.75f, 0, {0.75f, 1.5f, 2.25f, 3}}};
+  for (const auto& piece : pieces) {
+    SCOPED_TRACE(::testing::Message() << piece.a << " to " << piece.b);
+    const Piece out = Cut(kStraight, piece.a, piece.b);
+    for (int k = 0; k < 4; ++k) ExpectVector(out.p[k], piece.x[k], 0, 0);
+  }
 }
 
 TEST(SubdivideBezier, EndsOfAPieceLieOnTheCurve) {
@@ -73,9 +66,7 @@ TEST(SubdivideBezier, SwappedParametersGiveThePieceBackwards) {
   const Piece backward = Cut(kArc, 0.75f, 0.25f);
   ExpectVector(forward.p[1], 1.03125f, 2.4375f, 0);
   ExpectVector(forward.p[2], 1.96875f, 2.4375f, 0);
-  for (int k = 0; k < 4; ++k) {
-    ExpectVector(backward.p[k], forward.p[3 - k].x, forward.p[3 - k].y, forward.p[3 - k].z);
-  }
+  for (int k = 0; k < 4; ++k) ExpectVector(backward.p[k], forward.p[3 - k]);
 }
 
 }  // namespace
