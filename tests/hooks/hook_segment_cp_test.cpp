@@ -6,12 +6,14 @@
 #include <limits>
 #include <memory>
 
+#include "expect_vector.h"
 #include "marrow/marrow.h"
 #include "test_figure.h"
 
 namespace splinecore {
 namespace {
 
+using test::ExpectVector;
 using test::TestFigure;
 
 class HookSegmentCPTest : public ::testing::Test {
@@ -44,10 +46,9 @@ TEST_F(HookSegmentCPTest, PlainAndFigureConstructors) {
 TEST_F(HookSegmentCPTest, MadeFromAControlPoint) {
   SegmentCP* top = F().NewCP(Vector(9, 9, 9));
   SegmentCP* cp = F().NewCP(Vector(1, 2, 3));
-  SegmentCP* before = F().NewCP(Vector(0, 0, 0));
-  SegmentCP* after = F().NewCP(Vector(5, 0, 0));
+  SegmentCP* before = F().Open({F().NewCP(Vector(0, 0, 0)), cp, F().NewCP(Vector(5, 0, 0))});
+  SegmentCP* after = cp->next;
   F().Open({top});
-  F().Open({before, cp, after});
   TestFigure::Stack({top, cp});
   cp->tag = 0x1234;
   cp->indelta = Delta{1, 2, 3};
@@ -64,7 +65,7 @@ TEST_F(HookSegmentCPTest, MadeFromAControlPoint) {
   HookSegmentCP* h = new HookSegmentCP(cp, 0.3f);
   EXPECT_EQ(h->s, 0.3f);  // unsnapped until read
   EXPECT_EQ(h->flags, kept | cpflag::hook);
-  EXPECT_EQ(h->p == Vector(1, 2, 3), 1);  // its own p, not the head's
+  ExpectVector(h->p, Vector(1, 2, 3));  // its own p, not the head's
   EXPECT_EQ(h->tag, 0x1234u);
   EXPECT_EQ(h->indelta.magnitude, 3.0f);
   EXPECT_EQ(h->outdelta.pitch, 4.0f);
@@ -113,13 +114,13 @@ TEST_F(HookSegmentCPTest, CopyKeepsEveryMemberIncludingTheHead) {
   EXPECT_EQ(copy.s, 0.5f);
   EXPECT_EQ(copy.head, h);
   EXPECT_EQ(copy.cache, &F().cache);
-  EXPECT_EQ(copy.hit == Vector(1, 0, 0), 1);
-  EXPECT_EQ(copy.pot == Vector(4, 0, 0), 1);
-  EXPECT_EQ(copy.mpot == Vector(8, 0, 0), 1);
-  EXPECT_EQ(copy.tempv == Vector(9, 0, 0), 1);
+  ExpectVector(copy.hit, Vector(1, 0, 0));
+  ExpectVector(copy.pot, Vector(4, 0, 0));
+  ExpectVector(copy.mpot, Vector(8, 0, 0));
+  ExpectVector(copy.tempv, Vector(9, 0, 0));
   HookSegmentCP assigned;
   assigned = *h;
-  EXPECT_EQ(assigned.mpot == Vector(8, 0, 0), 1);
+  ExpectVector(assigned.mpot, Vector(8, 0, 0));
   EXPECT_EQ(assigned.flags, h->flags);
   // Both would release id's muscle data: detach before they go.
   copy.cache = nullptr;
@@ -128,17 +129,16 @@ TEST_F(HookSegmentCPTest, CopyKeepsEveryMemberIncludingTheHead) {
 
 TEST_F(HookSegmentCPTest, MuscleAccessorsDoNotPlace) {
   SegmentCP* carrier = F().NewCP(Vector(0, 0, 0));
-  SegmentCP* end = F().NewCP(Vector(3, 0, 0));
   HookSegmentCP* h = F().NewHook(0.5f);
-  F().Open({carrier, end});
+  F().Open({carrier, F().NewCP(Vector(3, 0, 0))});
   F().Open({h});
   TestFigure::Stack({carrier, h});
   h->mhit = Vector(1, 1, 1);
   h->p = Vector(7, 7, 7);
   EXPECT_FALSE(h->IsMpCached());
-  EXPECT_EQ(*h->Getmhit() == Vector(1, 1, 1), 1);
+  ExpectVector(*h->Getmhit(), Vector(1, 1, 1));
   EXPECT_EQ(h->Getmpot(), &h->mpot);
-  EXPECT_EQ(h->p == Vector(7, 7, 7), 1);
+  ExpectVector(h->p, Vector(7, 7, 7));
   EXPECT_EQ(&h->Gettempv(), &h->Gettempv());
   // The screen accessors place.
   h->Getpit();
