@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "expect_vector.h"
 #include "marrow/marrow.h"
 #include "splinecore/measure.h"
 #include "test_figure.h"
@@ -24,8 +25,7 @@ class MeasureFigure : public ::testing::Test {
   // chords to its neighbours (identity screen matrices).
   SegmentCP* Peaked(Vector p) {
     SegmentCP* c = fig.NewCP(p);
-    c->indelta = Delta{0, 0, 1.0f};
-    c->outdelta = Delta{0, 0, 1.0f};
+    c->indelta = c->outdelta = Delta{0, 0, 1.0f};
     return c;
   }
 
@@ -38,12 +38,6 @@ class MeasureFigure : public ::testing::Test {
     c->stamp = fig.cache.generation;
     c->flags |= cpflag::itCached | cpflag::otCached;
     return c;
-  }
-
-  static void ExpectVector(const Vector& v, float x, float y, float z) {
-    EXPECT_EQ(v.x, x);
-    EXPECT_EQ(v.y, y);
-    EXPECT_EQ(v.z, z);
   }
 
   TestFigure fig;
