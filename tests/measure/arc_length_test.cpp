@@ -56,15 +56,10 @@ TEST_F(ArcLength, ChordsEnterTheSumUnrounded) {
   EXPECT_EQ(CurveLength(c), 0x1.f1fe54p+2f);
 }
 
-TEST_F(ArcLength, CurveLengthWithoutNextIsZero) {
+TEST_F(SplineLength, LonePointMeasuresOneAndItsSegmentZero) {
   SegmentCP* lone = Peaked(Vector(1, 2, 3));
   fig.Open({lone});
-  EXPECT_EQ(CurveLength(lone), 0.0f);
-}
-
-TEST_F(SplineLength, LonePointMeasuresOne) {
-  SegmentCP* lone = Peaked(Vector(1, 2, 3));
-  fig.Open({lone});
+  EXPECT_EQ(CurveLength(lone), 0.0f);  // no next
   EXPECT_EQ(GetTotalLength(lone), 1.0f);
 }
 
@@ -76,16 +71,11 @@ TEST_F(SplineLength, OpenSplineSumsItsSegmentsToTheLastPoint) {
   EXPECT_EQ(GetTotalLength(t.q2), 1.0f);  // the last point has no next
 }
 
-TEST_F(SplineLength, ClosedSplineIncludesTheClosingSegmentOnce) {
+TEST_F(SplineLength, ClosedSplineIncludesTheClosingSegmentOnceAndStopsAfterLoopEnd) {
   const Triangle t = Points();
   fig.Closed({t.q0, t.q1, t.q2});
   EXPECT_EQ(GetTotalLength(t.q0), 12.0f);  // float(float(kL0 + kL1) + kL2)
   EXPECT_EQ(CurveLength(t.q2), kL2);
-}
-
-TEST_F(SplineLength, ClosedWalkStopsAfterTheLoopEndPoint) {
-  const Triangle t = Points();
-  fig.Closed({t.q0, t.q1, t.q2});
   EXPECT_EQ(GetTotalLength(t.q1), 9.0f);  // kL1 + kL2, not around to q0
   EXPECT_EQ(GetTotalLength(t.q2), kL2);
 }
