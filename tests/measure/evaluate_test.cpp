@@ -2,16 +2,13 @@
 // rounding of the three-coordinate and plane variants.
 #include <gtest/gtest.h>
 
+#include "expect_vector.h"
 #include "splinecore/measure.h"
 
 namespace splinecore {
 namespace {
 
-void ExpectVector(const Vector& v, float x, float y, float z) {
-  EXPECT_EQ(v.x, x);
-  EXPECT_EQ(v.y, y);
-  EXPECT_EQ(v.z, z);
-}
+using test::ExpectVector;
 
 struct Piece {
   Vector p0{0.1f, -1.3f, 2.5f};
@@ -20,13 +17,18 @@ struct Piece {
   Vector p3{4.1f, -2.2f, 0.7f};
 };
 
-TEST(CalcPoint, EndParametersGiveTheEndPointsExactly) {
+TEST(CalcPoint, EndParametersGiveTheEndPointsExactlyInSpaceAndInThePlane) {
   Piece q;
   Vector out(9, 9, 9);
   CalcPoint(q.p0, q.p1, q.p2, q.p3, 0.0f, out);
   ExpectVector(out, 0.1f, -1.3f, 2.5f);
   CalcPoint(q.p0, q.p1, q.p2, q.p3, 1.0f, out);
   ExpectVector(out, 4.1f, -2.2f, 0.7f);
+  out.z = 42.0f;
+  CalcPoint2(q.p0, q.p1, q.p2, q.p3, 0.0f, out);
+  ExpectVector(out, 0.1f, -1.3f, 42.0f);
+  CalcPoint2(q.p0, q.p1, q.p2, q.p3, 1.0f, out);
+  ExpectVector(out, 4.1f, -2.2f, 42.0f);
 }
 
 // Weights at 1/2 are 1/8, 3/8, 3/8, 1/8; x = (0 + 3 + 9 + 4)/8 = 2,
@@ -65,15 +67,6 @@ TEST(CalcPoint2, RoundsOneDoubleSumPerCoordinateAndLeavesZ) {
   Vector out(0, 0, -5.5f);
   CalcPoint2(q.p0, q.p1, q.p2, q.p3, 0.3f, out);
   ExpectVector(out, 0x1.84b5dep+0f, 0x1.c624e0p-1f, -5.5f);
-}
-
-TEST(CalcPoint2, EndParametersGiveTheEndPointsInThePlane) {
-  Piece q;
-  Vector out(0, 0, 42.0f);
-  CalcPoint2(q.p0, q.p1, q.p2, q.p3, 0.0f, out);
-  ExpectVector(out, 0.1f, -1.3f, 42.0f);
-  CalcPoint2(q.p0, q.p1, q.p2, q.p3, 1.0f, out);
-  ExpectVector(out, 4.1f, -2.2f, 42.0f);
 }
 
 }  // namespace
