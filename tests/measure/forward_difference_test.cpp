@@ -4,16 +4,13 @@
 
 #include <cmath>
 
+#include "expect_vector.h"
 #include "measure/forward_difference.h"
 
 namespace splinecore {
 namespace {
 
-void ExpectVector(const Vector& v, float x, float y, float z) {
-  EXPECT_EQ(v.x, x);
-  EXPECT_EQ(v.y, y);
-  EXPECT_EQ(v.z, z);
-}
+using test::ExpectVector;
 
 // A curved piece whose plane and three-coordinate set-ups round differently.
 Cubic CurvedPiece() {
@@ -67,7 +64,7 @@ TEST(InitFD2D, StraightPieceStepsByConstantDifferences) {
   }
 }
 
-TEST(InitFD2D, CurvedPieceRoundsOncePerPlaneValue) {
+TEST(InitFD2D, CurvedPieceRoundsOncePerPlaneValueAndSevenStepsReachTheEnd) {
   Cubic cubic = CurvedPiece();
   Column col = ColumnWithZ();
   InitFD2D(&col, &cubic, 7);
@@ -75,14 +72,8 @@ TEST(InitFD2D, CurvedPieceRoundsOncePerPlaneValue) {
   ExpectVector(col.d1, 0x1.9650eap-1f, 0x1.3e2be4p+0f, 12.0f);
   ExpectVector(col.d2, 0x1.104540p-3f, -0x1.da623ap-1f, 13.0f);
   ExpectVector(col.d3, -0x1.fcb752p-4f, 0x1.206452p-2f, 14.0f);
-}
-
-TEST(BumpFD2D, SevenStepsReachTheEndUpToRoundingAndKeepZ) {
-  Cubic cubic = CurvedPiece();
-  Column col = ColumnWithZ();
-  InitFD2D(&col, &cubic, 7);
   for (int k = 0; k < 7; ++k) BumpFD2D(&col);
-  ExpectVector(col.p, 0x1.066664p+2f, -0x1.19998ep+1f, 11.0f);  // p1 = (4.1, -2.2)
+  ExpectVector(col.p, 0x1.066664p+2f, -0x1.19998ep+1f, 11.0f);  // p1 = (4.1, -2.2) up to rounding
   EXPECT_EQ(col.d1.z, 12.0f);
   EXPECT_EQ(col.d2.z, 13.0f);
   EXPECT_EQ(col.d3.z, 14.0f);
