@@ -85,9 +85,10 @@ class GroupEditTest : public ::testing::Test {
 
 // --- Smoothing and peaking ----------------------------------------------------
 
-TEST_F(GroupEditTest, SmoothGroupCopiesOutdeltaAndTouchesNothing) {
-  auto [a, b] = Ps<2>();
-  f.Open({a, b});
+TEST_F(GroupEditTest, SmoothGroupCopiesOutdeltaAndPeakGroupKeepsDeltasNeitherTouches) {
+  auto [a, b, c] = Ps<3>();
+  f.Open({a, b, c});
+  c->flags |= cpflag::smooth;
   a->indelta = {1, 2, 3};
   a->outdelta = {-4, 5.5f, 0.25f};
   Fresh();
@@ -99,23 +100,12 @@ TEST_F(GroupEditTest, SmoothGroupCopiesOutdeltaAndTouchesNothing) {
   EXPECT_EQ(a->indelta.yaw, 5.5f);
   EXPECT_EQ(a->indelta.magnitude, 0.25f);
   EXPECT_EQ(a->outdelta.pitch, -4.0f);
-  ExpectTouches({});
-}
-
-TEST_F(GroupEditTest, PeakGroupClearsSmoothOnlyAndKeepsDeltas) {
-  auto [a, b] = Ps<2>();
-  f.Open({a, b});
-  a->flags |= cpflag::smooth;
-  b->flags |= cpflag::smooth;
   a->indelta = {1, 2, 3};
-  a->outdelta = {4, 5, 6};
-  Fresh();
-  a->AddToGroup(&group, 1);
   PeakGroup(group);
   EXPECT_FALSE(a->IsSmooth());
-  EXPECT_TRUE(b->IsSmooth());
+  EXPECT_TRUE(c->IsSmooth());
   EXPECT_EQ(a->indelta.pitch, 1.0f);
-  EXPECT_EQ(a->outdelta.pitch, 4.0f);
+  EXPECT_EQ(a->outdelta.pitch, -4.0f);
   ExpectTouches({});
 }
 
