@@ -3,7 +3,7 @@
 #   make test   builds and tests the x86-64, i386 and ASan/UBSan presets
 PRESETS := default i386 asan
 
-.PHONY: all test demo demo-expected bench deps clean
+.PHONY: all test demo demo-expected bench fuzz deps clean
 
 all: demo
 
@@ -38,6 +38,15 @@ bench:
 	@cmake --preset bench >/dev/null
 	@cmake --build --preset bench
 	@./build/bench/bench/splinecore_bench
+
+# make fuzz FUZZ_SECONDS=300: builds the fuzz targets with clang and libFuzzer
+# and runs each for that long; non-zero exit on a crash.
+FUZZ_SECONDS ?= 60
+fuzz:
+	@scripts/install-deps.sh fuzz
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz
+	@fuzz/run.sh $(FUZZ_SECONDS)
 
 clean:
 	rm -rf build

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build needs, when any is missing.
-# Usage: scripts/install-deps.sh [test|bench|demo]...
+# Usage: scripts/install-deps.sh [test|bench|demo|fuzz]...
 set -euo pipefail
 
 packages=(cmake ninja-build g++ g++-multilib googletest pkgconf binutils qemu-user)
 for need in "$@"; do
   case "$need" in
     bench) packages+=(libbenchmark-dev lib2geom-dev libboost-dev) ;;
+    fuzz) packages+=(clang libclang-rt-dev) ;;
     demo|test) packages+=(libcairo2-dev nlohmann-json3-dev fonts-dejavu-core) ;;
     *) echo "install-deps: unknown set '$need'" >&2; exit 2 ;;
   esac
