@@ -415,6 +415,16 @@ FigureFileResult ReadFigureFile(std::string_view text) {
     if (colon != std::string::npos) reason = reason.substr(colon + 2);
     result.error = {LineAtByte(text, e.byte == 0 ? 0 : e.byte - 1), "malformed JSON: " + reason};
     return result;
+  } catch (const json::exception& e) {
+    // A number out of range: the message quotes the token, which places it.
+    std::string reason = e.what();
+    const std::size_t open = reason.find('\''), close = reason.rfind('\'');
+    std::size_t at = std::string_view::npos;
+    if (open != std::string::npos && close > open) at = text.find(reason.substr(open + 1, close - open - 1));
+    const std::size_t bracket = reason.find("] ");
+    if (bracket != std::string::npos) reason = reason.substr(bracket + 2);
+    result.error = {at == std::string_view::npos ? 0 : LineAtByte(text, at), "malformed JSON: " + reason};
+    return result;
   }
   LineIndex lines(text);
   try {

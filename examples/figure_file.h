@@ -12,11 +12,13 @@
 //       ]}
 //     ],
 //     "stacks": [["left:1", "rail:1", "cross:0"]],           // "spline:index", top to bottom
-//     "muscle": [{"point": "rail:2", "move": [0, 1]}]
+//     "muscle": [{"point": "rail:2", "move": [0, 1]}],         // an OffsetEffect each
+//     "measure": "rail"                                      // walked at length steps
 //   }
 // A hook hangs in a stack below its carrier; non-hook stack members must sit
 // at their head's position. After building, the figure is checked with
 // ValidateFigure; a violation is reported at the offending point's line.
+// examples/figures/patch.json is a complete example.
 #ifndef SPLINECORE_EXAMPLES_FIGURE_FILE_H
 #define SPLINECORE_EXAMPLES_FIGURE_FILE_H
 

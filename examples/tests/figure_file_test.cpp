@@ -62,6 +62,8 @@ struct BadFile {
 
 const BadFile kBadFiles[] = {
     {"SyntaxError", "{\n  \"splines\": [\n    {\"name\": \"a\",, }\n  ]\n}", 3, "malformed JSON: syntax error"},
+    {"NumberOverflow", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [1e999, 0]}]}\n]}", 2,
+     "malformed JSON: number overflow parsing '1e999'"},
     {"NotAnObject", "[1, 2]", 1, "the figure must be an object"},
     {"UnknownKey", "{\n  \"splines\": [],\n  \"colour\": 3\n}", 3, "unknown key 'colour'"},
     {"NoSplines", "{\n  \"splines\": []\n}", 2, "\"splines\" must be a non-empty array"},
