@@ -43,7 +43,7 @@ bench:
 # and runs each for that long; non-zero exit on a crash.
 FUZZ_SECONDS ?= 60
 fuzz:
-	@scripts/install-deps.sh fuzz
+	@scripts/install-deps.sh demo fuzz
 	@cmake --preset fuzz >/dev/null
 	@cmake --build --preset fuzz
 	@fuzz/run.sh $(FUZZ_SECONDS)

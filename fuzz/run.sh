@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs every fuzz target built in build/fuzz for the given number of seconds
 # (default 60), starting from its checked-in corpus (fuzz/corpus/<target>)
-# plus what earlier runs found (build/fuzz/corpus/<target>). Prints each
+# plus what earlier runs found (build/fuzz/corpus/<target>), with
+# fuzz/<target>.dict as its dictionary when there is one. Prints each
 # target's executions and coverage from libFuzzer's final statistics; exits
 # non-zero when any target crashed, with the crashing input kept in
 # build/fuzz/artifacts/.
@@ -23,8 +24,10 @@ for seeds in "$root"/fuzz/corpus/*/; do
   work=$build/corpus/$name
   log=$build/$name.log
   mkdir -p "$work"
+  dict=()
+  [ -f "$root/fuzz/$name.dict" ] && dict=(-dict="$root/fuzz/$name.dict")
   echo "== $name: fuzzing for ${seconds}s (log: $log) =="
-  "$bin" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 \
+  "$bin" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 "${dict[@]}" \
     -artifact_prefix="$build/artifacts/$name-" "$work" "$seeds" >"$log" 2>&1
   rc=$?
   execs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -1)
