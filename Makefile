@@ -1,9 +1,9 @@
 # Two entry points for a fresh machine:
 #   make demo   builds the library and runs the example host
-#   make test   builds and tests the x86-64, i386 and ASan/UBSan presets
-PRESETS := default i386 asan
+#   make test   builds and tests the x86-64, i386, ASan/UBSan and TSan presets
+PRESETS := default i386 asan tsan
 
-.PHONY: all test demo demo-expected bench fuzz deps clean
+.PHONY: all test demo demo-expected bench fuzz soak deps clean
 
 all: demo
 
@@ -17,6 +17,15 @@ test: deps
 	  cmake --build --preset $$preset; \
 	  ctest --preset $$preset; \
 	done
+
+# The long cache-coherence soak: `make soak OPS=1000000 SEED=7`. Its last
+# line is the summary; it exits non-zero on any mismatch or validator finding.
+OPS ?= 1000000
+SEED ?= 1
+soak: deps
+	@cmake --preset default >/dev/null
+	@cmake --build --preset default --target splinecore_soak_driver
+	@./build/default/tests/splinecore_soak_driver $(OPS) $(SEED)
 
 demo:
 	@scripts/install-deps.sh demo

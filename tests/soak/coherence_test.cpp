@@ -1,0 +1,46 @@
+// The short soak of the unit tests: random edits on random figures, every
+// answer compared with a fresh copy's (see soak.h).
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "marrow/marrow.h"
+#include "soak.h"
+
+namespace splinecore::soak {
+namespace {
+
+// Query families (bits of QueryKind): the screen, model and length getters,
+// and the muscle-mode handles and hook pieces.
+constexpr std::uint32_t kScreenModelQueries = 0xE83F;
+constexpr std::uint32_t kMuscleFamily = 0x13C1;
+
+SoakOptions ShortSoak(std::uint32_t queryMask) {
+  SoakOptions options;
+  const char* env = std::getenv("SPLINECORE_SOAK_EDITS");
+  options.edits = env != nullptr ? std::strtol(env, nullptr, 10) : SPLINECORE_SOAK_EDITS;
+  options.seed = 20240611;
+  options.queryMask = queryMask;
+  return options;
+}
+
+void ExpectClean(const SoakOptions& options) {
+  const long live = MarrowLiveBlocks();
+  const SoakResult result = RunSoak(options);
+  EXPECT_EQ(result.edits, options.edits);
+  EXPECT_GE(result.figures, options.edits / options.editsPerFigure);
+  EXPECT_EQ(result.mismatches, 0) << result.report;
+  EXPECT_EQ(result.findings, 0) << result.report;
+  EXPECT_EQ(MarrowLiveBlocks(), live);
+}
+
+TEST(CoherenceSoakTest, ScreenModelAndLengthAnswersMatchFreshCopies) { ExpectClean(ShortSoak(kScreenModelQueries)); }
+
+// Open finding: in muscle mode, Getmit/Getmot (and the muscle hook pieces
+// that depend on them) can differ from a fresh copy's after edits that
+// change nothing but the generations; see "Known protocol holes" in the
+// host guide. `make soak` runs every query family and reports it.
+TEST(CoherenceSoakTest, DISABLED_MuscleAnswersMatchFreshCopies) { ExpectClean(ShortSoak(kMuscleFamily)); }
+
+}  // namespace
+}  // namespace splinecore::soak

@@ -1,0 +1,41 @@
+// Cache-coherence soak: random figures, random host edits, each followed by
+// the invalidation protocol of the host guide, then random getter queries
+// whose answers must equal, bit for bit, those of a freshly built copy of
+// the figure queried in the same order. After every structural edit the
+// figure must pass ValidateFigure. Everything derives from the seed, so a
+// run is reproduced by its seed and edit count.
+#ifndef SPLINECORE_TESTS_SOAK_SOAK_H
+#define SPLINECORE_TESTS_SOAK_SOAK_H
+
+#include <cstdint>
+#include <string>
+
+namespace splinecore::soak {
+
+struct SoakResult {
+  long edits = 0;
+  long figures = 0;
+  long mismatches = 0;  // answers that differ from the fresh figure's
+  long findings = 0;    // validator findings
+  std::string report;   // the first failures, each with seed and edit log
+  long shortestEdits = 0;  // the shortest edit log that led to a failure
+  std::string shortest;
+};
+
+struct SoakOptions {
+  std::uint64_t seed = 1;
+  long edits = 10000;
+  long editsPerFigure = 150;  // a new figure after this many edits (or a failure)
+  std::uint32_t editMask = ~0u;   // bit k enables edit kind k (see Soaker::Edit)
+  std::uint32_t queryMask = ~0u;  // bit k enables query kind k (see QueryKind)
+};
+
+// Runs the soak. Uses no global state: separate calls may run on separate threads.
+SoakResult RunSoak(const SoakOptions& options);
+
+// The one-line summary printed by the soak driver.
+std::string SoakSummary(const SoakResult& result, std::uint64_t seed);
+
+}  // namespace splinecore::soak
+
+#endif
