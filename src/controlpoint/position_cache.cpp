@@ -151,6 +151,9 @@ void RefreshMuscleHookRun(SegmentCP* k) {
   if (!k->IsHook() || k->IsMpCached()) return;
   SegmentCP* carrier = FindCarrier(k);
   if (carrier == nullptr) return;
+  // Set first, as Getscreenp does: a segment that ends on a hook whose
+  // placement leads back to this run asks for k again while it is placed.
+  k->OnMpCached();
   MHookRange(carrier);
   for (SegmentCP* m = carrier->stackNext; m != nullptr && m->IsHook(); m = m->stackNext) {
     m->OnMpCached();
