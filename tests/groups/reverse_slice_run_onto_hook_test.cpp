@@ -1,10 +1,11 @@
 // Fault found by fuzzing, not yet fixed: ReverseSlice hands a carrier's run
-// to the carrier's former next even when that point is itself a hook. The
-// run then hangs below the hook, so its hooks take the hook's carrier; when
-// that carrier lies on the hooks' own spline, reversing that spline hangs
-// the run below one of its own hooks, and the stack becomes a cycle that
-// SetHead walks for ever. Enable once ReverseSlice (or the validator) deals
-// with a run whose new carrier is a hook.
+// to the carrier's former next even when that point is itself a hook. When
+// the hook belongs to the run, the run is hung below one of its own hooks
+// and the stack becomes a cycle that SetHead walks for ever. Otherwise the
+// run hangs below the other run's hook and takes that hook's carrier, which
+// may lie on the run's own spline, so that a later reversal of that spline
+// makes the cycle. Enable once ReverseSlice (or the validator) deals with a
+// run whose new carrier is a hook.
 #include <gtest/gtest.h>
 
 #include "test_figure.h"
@@ -43,6 +44,28 @@ TEST(ReverseSliceRunOntoHook, DISABLED_SecondReversalReturnsWithAValidFigure) {
   f.Register(first->first);
   f.Register(second->first);
   while (list != nullptr) DeleteSlice(&list, list);
+}
+
+TEST(ReverseSliceRunOntoHook, DISABLED_CarrierWhoseNextIsItsOwnHookReturns) {
+  // q0 -> q1 -> q2 with the hook q1 below q0: q0's segment ends at q1.
+  // Reversal makes q1 the new carrier of the run that holds q1.
+  TestFigure f;
+  SegmentCP* q0 = f.NewCP(Vector(2, 1, 0));
+  HookSegmentCP* q1 = f.NewHook(0.1f);
+  SegmentCP* q2 = f.NewCP(Vector(1, 1, 0));
+  f.Open({q0, q1, q2});
+  TestFigure::Stack({q0, q1});
+  Slice* list = nullptr;
+  Slice* slice = AddSlice(&list);
+  slice->first = q0;
+
+  ReverseSlice(slice);
+  SegmentCP* firsts[] = {slice->first};
+  EXPECT_EQ(ValidateFigure(firsts, 1, nullptr, nullptr), 0);
+
+  f.Unregister(q0);
+  f.Register(slice->first);
+  DeleteSlice(&list, slice);
 }
 
 }  // namespace
