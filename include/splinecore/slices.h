@@ -31,10 +31,13 @@ SPLINECORE_API Slice* MatchSliceCP(Slice* list, SegmentCP* cp);
 SPLINECORE_API void GroupSlice(Slice* list, SegmentCP* cp, GroupNode** group);
 // Reverses the slice's spline: links, loopEnd, deltas (exchanged, angles
 // negated), and hands every run of hooks, reversed and with s mirrored, to
-// its new carrier. Every control point of the spline is touched (mode 0). A
-// carrier that has no prev after reversal keeps its run where it is; one
-// whose hasHooks is set without a hook below it is skipped. A null slice or
-// one without a first control point is left unchanged.
+// its new carrier. Every control point of the spline is touched (mode 0); the
+// hooks handed over are not (touch them, e.g. GroupSlice + ConvertGroup). A
+// carrier that has no prev after reversal, or whose prev is a hook (hooks
+// carry no runs), keeps its run where it is, unreversed: such a carrier ends
+// up without a next and ValidateFigure reports it. A carrier whose hasHooks
+// is set without a hook below it is skipped. A null slice or one without a
+// first control point is left unchanged.
 SPLINECORE_API void ReverseSlice(Slice* slice);
 
 }  // namespace splinecore

@@ -79,7 +79,9 @@ void HangRun(const DetachedRun& run, SegmentCP* x) {
 void MoveHookRuns(SegmentCP* first, bool closed) {
   DetachedRun deferred{nullptr, nullptr};
   for (SegmentCP* c = first; c != nullptr; c = WalkNext(c)) {
-    if (!c->IsHasHooks() || c->prev == nullptr) continue;
+    // A run stays where it is when its new carrier would be missing or a
+    // hook: hooks carry no runs.
+    if (!c->IsHasHooks() || c->prev == nullptr || c->prev->IsHook()) continue;
     if (c->stackNext == nullptr || !c->stackNext->IsHook()) continue;
     const DetachedRun run = DetachRun(c);
     if (closed && c == first) {

@@ -1,11 +1,14 @@
-// Fault found by fuzzing, not yet fixed: ReverseSlice hands a carrier's run
-// to the carrier's former next even when that point is itself a hook. When
-// the hook belongs to the run, the run is hung below one of its own hooks
-// and the stack becomes a cycle that SetHead walks for ever. Otherwise the
-// run hangs below the other run's hook and takes that hook's carrier, which
-// may lie on the run's own spline, so that a later reversal of that spline
-// makes the cycle. Enable once ReverseSlice (or the validator) deals with a
-// run whose new carrier is a hook.
+// Fault found by fuzzing: ReverseSlice handed a carrier's run to the
+// carrier's former next even when that point is itself a hook. When the hook
+// belonged to the run, the run was hung below one of its own hooks and the
+// stack became a cycle that SetHead walked for ever; otherwise the run took
+// the other run's carrier, and a later reversal made the cycle. Hooks carry
+// no runs, so such a run now stays where it is: the reversal returns, the
+// stacks stay acyclic, and the validator reports the carrier left without a
+// next (a figure that cannot be reversed into a valid one).
+#include <set>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "test_figure.h"
@@ -15,7 +18,18 @@ namespace {
 
 using test::TestFigure;
 
-TEST(ReverseSliceRunOntoHook, DISABLED_SecondReversalReturnsWithAValidFigure) {
+// The rules ValidateFigure reports for the given splines.
+std::set<FigureRule> Rules(std::initializer_list<SegmentCP*> firsts) {
+  std::set<FigureRule> rules;
+  std::vector<SegmentCP*> list(firsts);
+  ValidateFigure(
+      list.data(), static_cast<int>(list.size()),
+      [](const FigureViolation& v, void* out) { static_cast<std::set<FigureRule>*>(out)->insert(v.rule); },
+      &rules);
+  return rules;
+}
+
+TEST(ReverseSliceRunOntoHook, SecondReversalReturnsWithAcyclicStacks) {
   // Closed spline a -> h1 and open spline b -> h3 -> h4; h4 and h3 hang
   // below a (on segment a -> h1), h1 below b (on segment b -> h3).
   TestFigure f;
@@ -34,10 +48,14 @@ TEST(ReverseSliceRunOntoHook, DISABLED_SecondReversalReturnsWithAValidFigure) {
   Slice* second = AddSlice(&list);
   second->first = b;
 
-  ReverseSlice(second);  // b's run [h1] moves below h3, a hook carried by a
-  ReverseSlice(first);   // a's run now holds h1, whose spline this is
-  SegmentCP* firsts[] = {first->first, second->first};
-  EXPECT_EQ(ValidateFigure(firsts, 2, nullptr, nullptr), 0);
+  ReverseSlice(second);  // b's new prev is the hook h3: b keeps [h1]
+  ReverseSlice(first);   // a's new prev is the hook h1: a keeps [h4, h3]
+  EXPECT_EQ(b->stackNext, h1);
+  EXPECT_EQ(h1->stackPrev, b);
+  EXPECT_EQ(a->stackNext, h4);
+  EXPECT_EQ(h3->stackNext, nullptr);
+  // b now ends its spline while carrying a run: only that is reported.
+  EXPECT_EQ(Rules({first->first, second->first}), std::set<FigureRule>{FigureRule::kHookCarrier});
 
   f.Unregister(a);
   f.Unregister(b);
@@ -46,7 +64,7 @@ TEST(ReverseSliceRunOntoHook, DISABLED_SecondReversalReturnsWithAValidFigure) {
   while (list != nullptr) DeleteSlice(&list, list);
 }
 
-TEST(ReverseSliceRunOntoHook, DISABLED_CarrierWhoseNextIsItsOwnHookReturns) {
+TEST(ReverseSliceRunOntoHook, CarrierWhoseNextIsItsOwnHookKeepsItsRun) {
   // q0 -> q1 -> q2 with the hook q1 below q0: q0's segment ends at q1.
   // Reversal makes q1 the new carrier of the run that holds q1.
   TestFigure f;
@@ -60,8 +78,11 @@ TEST(ReverseSliceRunOntoHook, DISABLED_CarrierWhoseNextIsItsOwnHookReturns) {
   slice->first = q0;
 
   ReverseSlice(slice);
-  SegmentCP* firsts[] = {slice->first};
-  EXPECT_EQ(ValidateFigure(firsts, 1, nullptr, nullptr), 0);
+  EXPECT_EQ(slice->first, q2);
+  EXPECT_EQ(q0->stackNext, q1);
+  EXPECT_EQ(q1->stackNext, nullptr);
+  EXPECT_EQ(q1->s, 0.1f);  // not mirrored: the run did not move
+  EXPECT_EQ(Rules({slice->first}), std::set<FigureRule>{FigureRule::kHookCarrier});
 
   f.Unregister(q0);
   f.Register(slice->first);
