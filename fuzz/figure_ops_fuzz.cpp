@@ -368,8 +368,9 @@ void FuzzFigure::Edit(FuzzInput& in, SegmentCP* c) {
     }
     case 9: {
       Slice* slice = MatchSliceCP(slices_, c);
-      // Left out until fixed: a reversal that hands a run to a hook can
-      // later hang (tests/groups/reverse_slice_run_onto_hook_test.cpp).
+      // Left out: a reversal that would hand a run to a hook keeps the run in
+      // place, which leaves a carrier without a next, a figure the validator
+      // rejects (tests/groups/reverse_slice_run_onto_hook_test.cpp).
       const bool nullSlice = in.Bit();
       if (HandsRunToHook(slice)) break;
       ReverseSlice(nullSlice ? nullptr : slice);
