@@ -1,5 +1,6 @@
 #include "soak.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -7,8 +8,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "controlpoint/position_cache.h"
 #include "marrow/marrow.h"
 #include "splinecore/splinecore.h"
+#include "tangents/hook_partners.h"
 #include "test_figure.h"
 
 namespace splinecore::soak {
@@ -429,16 +432,35 @@ void RefreshMuscleState(Figure& x) {
 }
 
 // Hole (a): TouchHookRun touches one side of each hook only, so a hook
-// touched through its carrier leaves its other spline neighbours stale. The
-// host invalidates around every hook left unconverted by the edit.
-void TouchAroundTouchedHooks(Figure& x) {
-  std::vector<SegmentCP*> hooks;
-  for (SegmentCP* c : x.Points()) {
-    if (c->IsHook() && !c->IsConverted()) hooks.push_back(c);
+// touched through its carrier leaves its other spline neighbours stale.
+// Hole (g): a hook's tangent comes from its partners' handles, which depend
+// on points up to two steps along the partners' splines; an edit there
+// touches the partner but not the hook. The host touches, until nothing new
+// comes up, every hook that is unconverted or has an unconverted partner.
+bool PartnerUnconverted(SegmentCP* hook) {
+  SegmentCP* carrier = FindCarrier(hook);
+  if (carrier == nullptr || carrier->next == nullptr) return false;
+  for (SegmentCP* partner : {FirstHookPartner(hook, carrier), SecondHookPartnerForGetters(carrier),
+                             SecondHookPartnerForConvert(carrier)}) {
+    if (partner != nullptr && !partner->IsConverted()) return true;
   }
-  GroupNode* group = MakeGroup(hooks);
-  ConvertGroup(group, 0);
-  ReleaseGroup(&group);
+  return false;
+}
+
+void TouchAroundTouchedHooks(Figure& x) {
+  std::vector<SegmentCP*> done;
+  for (;;) {
+    std::vector<SegmentCP*> hooks;
+    for (SegmentCP* c : x.Points()) {
+      if (!c->IsHook() || std::find(done.begin(), done.end(), c) != done.end()) continue;
+      if (!c->IsConverted() || PartnerUnconverted(c)) hooks.push_back(c);
+    }
+    if (hooks.empty()) return;
+    GroupNode* group = MakeGroup(hooks);
+    ConvertGroup(group, 0);
+    ReleaseGroup(&group);
+    done.insert(done.end(), hooks.begin(), hooks.end());
+  }
 }
 
 void TouchAll(Figure& x) {
