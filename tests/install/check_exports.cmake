@@ -56,7 +56,8 @@ set(required
   "splinecore::AddSlice(" "splinecore::DeleteSlice(" "splinecore::MatchSliceCP(" "splinecore::GroupSlice("
   "splinecore::ReverseSlice("
   "splinecore::MoveGroup(" "splinecore::PeakGroup(" "splinecore::SmoothGroup(" "splinecore::ConvertCP("
-  "splinecore::ConvertGroup(")
+  "splinecore::ConvertGroup("
+  "splinecore::ValidateFigure(" "splinecore::FigureRuleName(")
 
 # Internal operations and inline helpers must stay private.
 set(forbidden
