@@ -426,9 +426,17 @@ void Invalidate(const std::vector<SegmentCP*>& cps) {
 // refreshing them later clears `converted` but not `mconverted`. In muscle
 // mode the host refreshes every point's muscle state (Getp) before it asks
 // for muscle handles.
+// Hole (h): Getmusclep refreshes c's muscle deltas only when the head's
+// muscle position is stale, so once one member of a stack was asked, the
+// others keep theirs. Clearing c's and its head's muscle caches before each
+// Getp refreshes every point's deltas.
 void RefreshMuscleState(Figure& x) {
   if ((x.f.cache.mode & kMuscleMode) == 0) return;
-  for (SegmentCP* c : x.Points()) c->Getp();
+  for (SegmentCP* c : x.Points()) {
+    c->OffCacheditot();
+    c->head->OffCacheditot();
+    c->Getp();
+  }
 }
 
 // Hole (a): TouchHookRun touches one side of each hook only, so a hook
