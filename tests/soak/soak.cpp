@@ -471,6 +471,28 @@ void TouchAroundTouchedHooks(Figure& x) {
   }
 }
 
+// Hole (i): Touch moves a stamp one down, which undoes nothing when the
+// stamp already differs from its counter: touches and counter advances
+// between two queries of a point can bring its stamp back onto the counter,
+// and the cache flags it kept (a hook's screenpCached set by a run-mate's
+// placement, for one) count as current again. After each edit the host does
+// what the generation checks would do at the next query: every point whose
+// stamp differs from its counter drops its caches of that kind and takes the
+// counter, so the next edit's touches start from a matching stamp.
+void SyncStamps(Figure& x) {
+  const FigureCache& cache = x.f.cache;
+  for (SegmentCP* c : x.Points()) {
+    if (c->stamp != cache.generation) {
+      c->OffCachedpitot();
+      c->stamp = cache.generation;
+    }
+    if (c->screenStamp != cache.screenGeneration) {
+      c->OffCachedscreenpitot();
+      c->screenStamp = cache.screenGeneration;
+    }
+  }
+}
+
 void TouchAll(Figure& x) {
   for (SegmentCP* c : x.Points()) c->Touch(0);
 }
@@ -488,6 +510,7 @@ class Soaker {
       log_.str("");
       log_ << "figure " << result_.figures << " of seed " << seed_ << ":";
       Validate();
+      SyncStamps(*figure_);
       RefreshMuscleState(*figure_);
       const long failuresBefore = result_.mismatches + result_.findings;
       // A figure is left at its first failure: what follows adds nothing.
@@ -497,6 +520,7 @@ class Soaker {
         ++editsInFigure_;
         if (Edit()) Validate();
         TouchAroundTouchedHooks(*figure_);
+        SyncStamps(*figure_);
         RefreshMuscleState(*figure_);
         Compare();
       }
