@@ -471,6 +471,54 @@ void TouchAroundTouchedHooks(Figure& x) {
   }
 }
 
+// Hole (j): a hook whose partner for the getters is a hook can be that
+// hook's partner in turn (a carrier whose stackPrev is a hook of another
+// run, stacked above that run's carrier's next). A getter on one hook
+// converts the other, whose conversion re-enters the first hook's getter and
+// receives its tangent and screen handle members as they stand: the answer
+// depends on what earlier queries left there and on which hook was asked
+// first. Before each batch of queries the host touches the hooks of every
+// such cycle and zeroes those members, as a fresh figure has them.
+std::vector<SegmentCP*> PartnersThatAreHooks(SegmentCP* hook) {
+  std::vector<SegmentCP*> hooks;
+  SegmentCP* carrier = FindCarrier(hook);
+  if (carrier == nullptr || carrier->next == nullptr) return hooks;
+  for (SegmentCP* partner : {FirstHookPartner(hook, carrier), SecondHookPartnerForGetters(carrier)}) {
+    if (partner != nullptr && partner->IsHook()) hooks.push_back(partner);
+  }
+  return hooks;
+}
+
+bool OnPartnerCycle(SegmentCP* hook) {
+  std::vector<SegmentCP*> seen;
+  std::vector<SegmentCP*> todo = PartnersThatAreHooks(hook);
+  while (!todo.empty()) {
+    SegmentCP* h = todo.back();
+    todo.pop_back();
+    if (h == hook) return true;
+    if (std::find(seen.begin(), seen.end(), h) != seen.end()) continue;
+    seen.push_back(h);
+    for (SegmentCP* next : PartnersThatAreHooks(h)) todo.push_back(next);
+  }
+  return false;
+}
+
+// True when it reset a cycle (and so touched the hooks' neighbours).
+bool ResetPartnerCycles(Figure& x) {
+  std::vector<SegmentCP*> hooks;
+  for (SegmentCP* c : x.Points()) {
+    if (c->IsHook() && OnPartnerCycle(c)) hooks.push_back(c);
+  }
+  if (hooks.empty()) return false;
+  GroupNode* group = MakeGroup(hooks);
+  ConvertGroup(group, 0);
+  ReleaseGroup(&group);
+  for (SegmentCP* h : hooks) {
+    h->it = h->ot = h->screenit = h->screenot = h->mit = h->mot = Vector(0, 0, 0);
+  }
+  return true;
+}
+
 // Hole (i): Touch moves a stamp one down, which undoes nothing when the
 // stamp already differs from its counter: touches and counter advances
 // between two queries of a point can bring its stamp back onto the counter,
@@ -520,6 +568,7 @@ class Soaker {
         ++editsInFigure_;
         if (Edit()) Validate();
         TouchAroundTouchedHooks(*figure_);
+        if (ResetPartnerCycles(*figure_)) TouchAroundTouchedHooks(*figure_);
         SyncStamps(*figure_);
         RefreshMuscleState(*figure_);
         Compare();
