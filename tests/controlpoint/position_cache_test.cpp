@@ -6,83 +6,42 @@
 #include <cstdint>
 
 #include "controlpoint/position_cache.h"
-#include "expect_vector.h"
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
 
+using test::ExpectDelta;
 using test::ExpectVector;
+using test::FixedEffect;
 using test::MakeMatrix;
 using test::TestFigure;
 
-// Moves the position by a fixed offset and counts its calls.
-struct MoveBy : MuscleEffect {
-  explicit MoveBy(Vector by) : offset(by) {}
-  std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector* position) override {
-    ++positionCalls;
-    *position += offset;
-    return offset != Vector(0, 0, 0);
-  }
-  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-  Vector offset;
-  int positionCalls = 0;
-};
-
-// Writes fixed delta values, reports fixed flags and counts its in-delta calls.
-struct SetDeltas : MuscleEffect {
-  SetDeltas(Delta inDelta, std::int16_t inReturn, Delta outDelta, std::int16_t outReturn)
-      : in(inDelta), out(outDelta), inFlags(inReturn), outFlags(outReturn) {}
-  std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector*) override { return 0; }
-  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta* d) override {
-    ++deltaCalls;
-    *d = in;
-    return inFlags;
-  }
-  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta* d) override {
-    *d = out;
-    return outFlags;
-  }
-  Delta in, out;
-  std::int16_t inFlags, outFlags;
-  int deltaCalls = 0;
-};
-
-class PositionCacheTest : public ::testing::Test {
+class PositionCacheTest : public test::FigureTest {
  protected:
-  void TearDown() override {
-    figure_.reset();
-    EXPECT_EQ(MarrowLiveBlocks(), live_);
-  }
-  TestFigure& F() { return *figure_; }
   // Open spline (0,0,0) - (1,0,0) - (2,0,0).
   std::array<SegmentCP*, 3> Three(std::uint32_t flags) {
     std::array<SegmentCP*, 3> cps;
-    for (int i = 0; i < 3; ++i) cps[i] = F().NewCP(Vector(static_cast<float>(i), 0, 0), flags);
-    F().Open({cps[0], cps[1], cps[2]});
+    for (int i = 0; i < 3; ++i) cps[i] = f.NewCP(Vector(static_cast<float>(i), 0, 0), flags);
+    f.Open({cps[0], cps[1], cps[2]});
     return cps;
   }
   // top over member, each a spline of its own.
   void StackOfTwo(Vector topP, Vector memberP) {
-    F().Open({top = F().NewCP(topP)});
-    F().Open({member = F().NewCP(memberP)});
+    f.Open({top = f.NewCP(topP)});
+    f.Open({member = f.NewCP(memberP)});
     TestFigure::Stack({top, member});
   }
-
-  long live_ = MarrowLiveBlocks();
-  std::unique_ptr<TestFigure> figure_ = std::make_unique<TestFigure>();
   SegmentCP *top = nullptr, *member = nullptr;
 };
 
 // --- Model position ----------------------------------------------------------
 
 TEST_F(PositionCacheTest, GetpOutsideMuscleModeOnlyChecksTheGeneration) {
-  SegmentCP* a = F().NewCP(Vector(1, 2, 3), cpflag::converted | cpflag::itCached | cpflag::screenpCached);
-  SegmentCP* b = F().NewCP(Vector(4, 5, 6), cpflag::converted);
-  F().Open({a, b});
-  F().cache.generation = 9;
+  SegmentCP* a = f.NewCP(Vector(1, 2, 3), cpflag::converted | cpflag::itCached | cpflag::screenpCached);
+  SegmentCP* b = f.NewCP(Vector(4, 5, 6), cpflag::converted);
+  f.Open({a, b});
+  f.cache.generation = 9;
   Vector& p = a->Getp();
   EXPECT_EQ(&p, &a->p);
   EXPECT_EQ(a->stamp, 9);
@@ -98,14 +57,14 @@ TEST_F(PositionCacheTest, StackMemberGetsHeadPositionButNonMuscleGivesItsOwn) {
 }
 
 TEST_F(PositionCacheTest, GetnonmusclepUnconvertsFromTheCallerDown) {
-  SegmentCP* top = F().NewCP(Vector(0, 0, 0), cpflag::converted);
-  SegmentCP* member = F().NewCP(Vector(0, 0, 0), cpflag::converted | cpflag::muscleMoved);
-  SegmentCP* bottom = F().NewCP(Vector(0, 0, 0), cpflag::converted);
-  SegmentCP* bottomNext = F().NewCP(Vector(1, 0, 0), cpflag::converted);
-  SegmentCP* memberPrev = F().NewCP(Vector(2, 0, 0), cpflag::converted);
-  F().Open({top});
-  F().Open({memberPrev, member});
-  F().Open({bottom, bottomNext});
+  SegmentCP* top = f.NewCP(Vector(0, 0, 0), cpflag::converted);
+  SegmentCP* member = f.NewCP(Vector(0, 0, 0), cpflag::converted | cpflag::muscleMoved);
+  SegmentCP* bottom = f.NewCP(Vector(0, 0, 0), cpflag::converted);
+  SegmentCP* bottomNext = f.NewCP(Vector(1, 0, 0), cpflag::converted);
+  SegmentCP* memberPrev = f.NewCP(Vector(2, 0, 0), cpflag::converted);
+  f.Open({top});
+  f.Open({memberPrev, member});
+  f.Open({bottom, bottomNext});
   TestFigure::Stack({top, member, bottom});
   member->Getnonmusclep();
   EXPECT_FALSE(member->IsMuscleMoved());
@@ -115,8 +74,8 @@ TEST_F(PositionCacheTest, GetnonmusclepUnconvertsFromTheCallerDown) {
 
 TEST_F(PositionCacheTest, OutsideMuscleModeMuscleDataUnconvertsOnEveryCall) {
   auto [a, b, c] = Three(0);
-  F().AddMuscleTable(8);
-  F().AddMuscleData(b);
+  f.AddMuscleTable(8);
+  f.AddMuscleData(b);
   for (int call = 0; call < 2; ++call) {
     for (SegmentCP* cp : {a, b, c}) cp->OnConverted();
     b->OnMuscleMoved();
@@ -130,10 +89,10 @@ TEST_F(PositionCacheTest, OutsideMuscleModeMuscleDataUnconvertsOnEveryCall) {
 
 TEST_F(PositionCacheTest, MovingEffectGivesMovedPositionOncePerGeneration) {
   auto [a, b, c] = Three(cpflag::converted);
-  F().AddMuscleTable(8);
-  MuscleCPData* data = F().AddMuscleData(b);
-  MoveBy* move = F().AddEffect<MoveBy>(data, Vector(0, 0.5f, 0));
-  F().SetMuscleMode(true);
+  f.AddMuscleTable(8);
+  MuscleCPData* data = f.AddMuscleData(b);
+  FixedEffect* move = f.AddEffect<FixedEffect>(data, Vector(0, 0.5f, 0));
+  f.SetMuscleMode(true);
   Vector& moved = b->Getp();
   EXPECT_EQ(&moved, &data->position);
   ExpectVector(moved, Vector(1, 0.5f, 0));
@@ -148,7 +107,7 @@ TEST_F(PositionCacheTest, MovingEffectGivesMovedPositionOncePerGeneration) {
 
   // A new generation recomputes; the same place with muscleMoved already
   // set unconverts nothing.
-  ++F().cache.generation;
+  ++f.cache.generation;
   ExpectVector(b->Getp(), Vector(1, 0.5f, 0));
   EXPECT_EQ(move->positionCalls, 2);
   for (SegmentCP* cp : {a, b, c}) EXPECT_TRUE(cp->IsConverted());
@@ -156,34 +115,32 @@ TEST_F(PositionCacheTest, MovingEffectGivesMovedPositionOncePerGeneration) {
 
 TEST_F(PositionCacheTest, EffectsThatDoNotMoveGiveTheCallersOwnPosition) {
   StackOfTwo(Vector(1, 1, 1), Vector(5, 5, 5));
-  F().AddMuscleTable(8);
-  MuscleCPData* data = F().AddMuscleData(top);
+  f.AddMuscleTable(8);
+  MuscleCPData* data = f.AddMuscleData(top);
   data->position = Vector(9, 9, 9);
-  F().AddEffect<MoveBy>(data, Vector(0, 0, 0));
-  F().SetMuscleMode(true);
+  f.AddEffect<FixedEffect>(data);
+  f.SetMuscleMode(true);
   EXPECT_EQ(&member->Getp(), &member->p);
   ExpectVector(data->position, top->p);  // written although unused
   EXPECT_FALSE(top->IsMuscleMoved());
 }
 
 TEST_F(PositionCacheTest, MuscleDeltasAddAnglesAndScaleMagnitudeOnlyOnBitFour) {
-  SegmentCP* scaled = F().NewCP(Vector(0, 0, 0), cpflag::converted);
-  SegmentCP* kept = F().NewCP(Vector(1, 0, 0), cpflag::converted);
-  for (SegmentCP* cp : {scaled, kept}) F().Open({cp});
+  SegmentCP* scaled = f.NewCP(Vector(0, 0, 0), cpflag::converted);
+  SegmentCP* kept = f.NewCP(Vector(1, 0, 0), cpflag::converted);
+  for (SegmentCP* cp : {scaled, kept}) f.Open({cp});
   for (SegmentCP* cp : {scaled, kept}) {
     cp->indelta = Delta{10, 20, 2};
     cp->outdelta = Delta{-1, 0, 3};
   }
-  F().AddMuscleTable(8);
-  MuscleCPData* scaledData = F().AddMuscleData(scaled);
-  MuscleCPData* keptData = F().AddMuscleData(kept);
-  F().AddEffect<SetDeltas>(scaledData, Delta{5, -20, 0.5f}, std::int16_t{4}, Delta{0, 0, 1}, std::int16_t{0});
-  F().AddEffect<SetDeltas>(keptData, Delta{5, -20, 0.5f}, std::int16_t{1}, Delta{1, 0, 1}, std::int16_t{2});
-  F().SetMuscleMode(true);
+  f.AddMuscleTable(8);
+  MuscleCPData* scaledData = f.AddMuscleData(scaled);
+  MuscleCPData* keptData = f.AddMuscleData(kept);
+  f.AddEffect<FixedEffect>(scaledData, Delta{5, -20, 0.5f}, std::int16_t{4}, Delta{0, 0, 1}, std::int16_t{0});
+  f.AddEffect<FixedEffect>(keptData, Delta{5, -20, 0.5f}, std::int16_t{1}, Delta{1, 0, 1}, std::int16_t{2});
+  f.SetMuscleMode(true);
   scaled->Getmusclep();
-  EXPECT_EQ(scaledData->indelta.pitch, 15.0f);
-  EXPECT_EQ(scaledData->indelta.yaw, 0.0f);
-  EXPECT_EQ(scaledData->indelta.magnitude, 1.0f);  // 2 * 0.5
+  ExpectDelta(scaledData->indelta, 15.0f, 0.0f, 1.0f);  // magnitude 2 * 0.5
   EXPECT_EQ(scaledData->outdelta.pitch, -1.0f);
   EXPECT_EQ(scaledData->outdelta.magnitude, 3.0f);
   EXPECT_TRUE(scaled->IsMuscleMoved());
@@ -198,34 +155,34 @@ TEST_F(PositionCacheTest, MuscleDeltasAddAnglesAndScaleMagnitudeOnlyOnBitFour) {
   kept->OnConverted();
   kept->Getmusclep();
   EXPECT_TRUE(kept->IsConverted());
-  ++F().cache.generation;
+  ++f.cache.generation;
   kept->Getp();  // same deltas again: still converted
   EXPECT_TRUE(kept->IsConverted());
 }
 
 TEST_F(PositionCacheTest, CachedHeadPositionSkipsTheDeltas) {
-  SegmentCP* cp = F().NewCP(Vector(0, 0, 0));
-  F().Open({cp});
+  SegmentCP* cp = f.NewCP(Vector(0, 0, 0));
+  f.Open({cp});
   cp->indelta = Delta{1, 1, 1};
-  F().AddMuscleTable(8);
-  MuscleCPData* data = F().AddMuscleData(cp);
-  SetDeltas* effect = F().AddEffect<SetDeltas>(data, Delta{1, 0, 1}, std::int16_t{1}, Delta{0, 0, 1},
-                                               std::int16_t{0});
-  F().SetMuscleMode(true);
+  f.AddMuscleTable(8);
+  MuscleCPData* data = f.AddMuscleData(cp);
+  FixedEffect* effect =
+      f.AddEffect<FixedEffect>(data, Delta{1, 0, 1}, std::int16_t{1}, Delta{0, 0, 1}, std::int16_t{0});
+  f.SetMuscleMode(true);
   cp->Getmusclep();
-  EXPECT_EQ(effect->deltaCalls, 1);
+  EXPECT_EQ(effect->inDeltaCalls, 1);
   cp->OffMuscleDeltaCached();
   cp->Getmusclep();  // musclepCached still set: returns before the deltas
-  EXPECT_EQ(effect->deltaCalls, 1);
+  EXPECT_EQ(effect->inDeltaCalls, 1);
 }
 
 TEST_F(PositionCacheTest, WithoutHeadDataInMuscleModeTheHeadPositionServes) {
   StackOfTwo(Vector(1, 1, 1), Vector(5, 5, 5));
-  F().AddMuscleTable(8);
-  F().SetMuscleMode(true);
+  f.AddMuscleTable(8);
+  f.SetMuscleMode(true);
   EXPECT_EQ(&member->Getp(), &top->p);
   // Member data without head data: Getmusclep, no move, the member's own p.
-  F().AddMuscleData(member);
+  f.AddMuscleData(member);
   EXPECT_EQ(&member->Getp(), &member->p);
 }
 
@@ -233,7 +190,7 @@ TEST_F(PositionCacheTest, WithoutHeadDataInMuscleModeTheHeadPositionServes) {
 
 TEST_F(PositionCacheTest, ScreenPositionIsTheHeadsAndFollowsScreenGeneration) {
   StackOfTwo(Vector(1, 2, 3), Vector(1, 2, 3));
-  F().SetScreen(MakeMatrix({2, 0, 0, 1, 0, 2, 0, 0, 0, 0, 2, 0}), MakeMatrix({0.5f, 0, 0, -0.5f, 0, 0.5f, 0,
+  f.SetScreen(MakeMatrix({2, 0, 0, 1, 0, 2, 0, 0, 0, 0, 2, 0}), MakeMatrix({0.5f, 0, 0, -0.5f, 0, 0.5f, 0,
                                                                               0, 0, 0, 0.5f, 0}));
   Vector& s = member->Getscreenp();
   EXPECT_EQ(&s, &top->screenp);
@@ -243,7 +200,7 @@ TEST_F(PositionCacheTest, ScreenPositionIsTheHeadsAndFollowsScreenGeneration) {
   // Cached: a moved p is not seen until the screen generation changes.
   top->p = Vector(0, 0, 0);
   ExpectVector(top->Getscreenp(), Vector(3, 4, 6));
-  ++F().cache.screenGeneration;
+  ++f.cache.screenGeneration;
   ExpectVector(member->Getscreenp(), Vector(1, 0, 0));
 
   top->OffCachedscreenitot();
@@ -254,7 +211,7 @@ TEST_F(PositionCacheTest, SetPrevpStoresTheStaleHeadScreenPosition) {
   StackOfTwo(Vector(1, 2, 3), Vector(1, 2, 3));
   member->SetPrevp();  // no muscle table: nothing happens
   top->screenp = Vector(4, 5, 6);  // not brought up to date by SetPrevp
-  MuscleTable* table = F().AddMuscleTable(static_cast<std::uint16_t>(top->id + 1));
+  MuscleTable* table = f.AddMuscleTable(static_cast<std::uint16_t>(top->id + 1));
   member->SetPrevp();
   ExpectVector(table->prevp[top->id], Vector(4, 5, 6));
   EXPECT_FALSE(top->IsScreenpCached());
@@ -281,8 +238,8 @@ TEST_F(PositionCacheTest, EachOffCachedClearsExactlyItsFlags) {
       {&SegmentCP::OffCachedscreenitot, 0x100000u | 0x80000u},
       {&SegmentCP::OffCachedscreenpitot, 0x100000u | 0x80000u | 0x200000u},
   };
-  SegmentCP* cp = F().NewCP(Vector(0, 0, 0));
-  F().Open({cp});
+  SegmentCP* cp = f.NewCP(Vector(0, 0, 0));
+  f.Open({cp});
   for (const Case& c : cases) {
     cp->flags = 0xFFFFFFFFu;
     (cp->*c.op)();
@@ -293,18 +250,18 @@ TEST_F(PositionCacheTest, EachOffCachedClearsExactlyItsFlags) {
 // --- Muscle placement of hooks ------------------------------------------------------
 
 TEST_F(PositionCacheTest, GetmpOfAHookPlacesAndMarksItsRun) {
-  SegmentCP* carrier = F().NewCP(Vector(0, 0, 0));
-  SegmentCP* end = F().NewCP(Vector(3, 0, 0));
+  SegmentCP* carrier = f.NewCP(Vector(0, 0, 0));
+  SegmentCP* end = f.NewCP(Vector(3, 0, 0));
   // Doubled half-chord tangents put the handle points at x = 1 and x = 2.
   carrier->indelta = Delta{0, 0, 2};
   carrier->outdelta = Delta{0, 0, 1};
   end->indelta = Delta{0, 0, 1};
   end->outdelta = Delta{0, 0, 2};
-  HookSegmentCP* h1 = F().NewHook(0.25f, cpflag::mitCached | cpflag::motCached);
-  HookSegmentCP* h2 = F().NewHook(0.75f, cpflag::mitCached | cpflag::motCached);
-  SegmentCP* below = F().NewCP(Vector(0, 0, 0), cpflag::mitCached);
-  F().Open({carrier, end});
-  for (SegmentCP* cp : {static_cast<SegmentCP*>(h1), static_cast<SegmentCP*>(h2), below}) F().Open({cp});
+  HookSegmentCP* h1 = f.NewHook(0.25f, cpflag::mitCached | cpflag::motCached);
+  HookSegmentCP* h2 = f.NewHook(0.75f, cpflag::mitCached | cpflag::motCached);
+  SegmentCP* below = f.NewCP(Vector(0, 0, 0), cpflag::mitCached);
+  f.Open({carrier, end});
+  for (SegmentCP* cp : {static_cast<SegmentCP*>(h1), static_cast<SegmentCP*>(h2), below}) f.Open({cp});
   TestFigure::Stack({carrier, h1, h2, below});
   // Evenly spaced straight segment from (3,0,0) to the carrier: s lies at x = 3s.
   ExpectVector(h2->Getmp(), Vector(2.25f, 0, 0));
@@ -323,8 +280,8 @@ TEST_F(PositionCacheTest, GetmpOfAHookPlacesAndMarksItsRun) {
 }
 
 TEST_F(PositionCacheTest, HookWithoutCarrierKeepsItsPosition) {
-  HookSegmentCP* lone = F().NewHook(0.5f);
-  F().Open({lone});
+  HookSegmentCP* lone = f.NewHook(0.5f);
+  f.Open({lone});
   lone->p = Vector(1, 2, 3);
   EXPECT_EQ(&lone->Getmp(), &lone->p);
   ExpectVector(lone->p, Vector(1, 2, 3));

@@ -3,37 +3,21 @@
 #ifndef SPLINECORE_TESTS_CONVERT_CONVERT_FIGURE_H
 #define SPLINECORE_TESTS_CONVERT_CONVERT_FIGURE_H
 
-#include <gtest/gtest.h>
-
-#include <memory>
-
-#include "expect_vector.h"
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore::test {
 
-class ConvertFigure : public ::testing::Test {
+class ConvertFigure : public FigureTest {
  protected:
-  void TearDown() override {
-    figure_.reset();
-    EXPECT_EQ(MarrowLiveBlocks(), live_);
-  }
-  TestFigure& F() { return *figure_; }
-  SegmentCP* CP(float x, float y, float z = 0) { return Neutral(F().NewCP(Vector(x, y, z))); }
-  HookSegmentCP* Hook(float s) { return Neutral(F().NewHook(s)); }
-  template <class T>
-  static T* Neutral(T* cp) {
-    cp->indelta = cp->outdelta = Delta{0, 0, 1};
-    return cp;
-  }
+  SegmentCP* CP(float x, float y, float z = 0) { return Neutral(f.NewCP(Vector(x, y, z))); }
+  HookSegmentCP* Hook(float s) { return Neutral(f.NewHook(s)); }
 
   // Screen space turned a quarter about z, scaled by 2 and moved:
   // (x,y,z) -> (10 - 2y, 20 + 2x, 30 + 2z), with its exact inverse. Every
   // value used is dyadic, so screen-space arithmetic is exact and the results
   // equal the model-space ones.
   void TurnedView() {
-    F().SetScreen(MakeMatrix({0, -2, 0, 10, 2, 0, 0, 20, 0, 0, 2, 30}),
+    f.SetScreen(MakeMatrix({0, -2, 0, 10, 2, 0, 0, 20, 0, 0, 2, 30}),
                   MakeMatrix({0, 0.5f, 0, -10, -0.5f, 0, 0, 5, 0, 0, 0.5f, -15}));
   }
 
@@ -45,13 +29,21 @@ class ConvertFigure : public ::testing::Test {
   void Build(float s, bool withPrev = true, Vector neighbour = Vector(10, 10, 0),
              Vector xNext = Vector(-18, 0, 0), Vector yNext = Vector(3, -18, 0)) {
     hook = Hook(s);
-    F().Open({carrier = CP(0, 0), end = CP(3, 0)});
-    F().Open({x = CP(0, 0), CP(xNext.x, xNext.y)});
-    F().Open({y = CP(3, 0), CP(yNext.x, yNext.y)});
+    f.Open({carrier = CP(0, 0), end = CP(3, 0)});
+    f.Open({x = CP(0, 0), CP(xNext.x, xNext.y)});
+    f.Open({y = CP(3, 0), CP(yNext.x, yNext.y)});
     SegmentCP* n = CP(neighbour.x, neighbour.y, neighbour.z);
-    withPrev ? F().Open({n, hook}) : F().Open({hook, n});
+    withPrev ? f.Open({n, hook}) : f.Open({hook, n});
     TestFigure::Stack({x, carrier, hook});
     TestFigure::Stack({y, end});
+  }
+  // The same segment and hook at s = 0.5 with its prev at `neighbour`, but
+  // no partner above C or N.
+  void BuildPartnerless(Vector neighbour) {
+    hook = Hook(0.5f);
+    f.Open({carrier = CP(0, 0), end = CP(3, 0)});
+    f.Open({CP(neighbour.x, neighbour.y), hook});
+    TestFigure::Stack({carrier, hook});
   }
   // Offsets along y of u = float(69.3125 * k) = 0x1.71aaacp+4 for X and
   // v = float(1.1875 * k) = 0x1.955556p-2 for Y (k the float third), s = 0.75:
@@ -64,10 +56,6 @@ class ConvertFigure : public ::testing::Test {
 
   SegmentCP *carrier = nullptr, *end = nullptr, *x = nullptr, *y = nullptr;
   HookSegmentCP* hook = nullptr;
-
- private:
-  long live_ = MarrowLiveBlocks();
-  std::unique_ptr<TestFigure> figure_ = std::make_unique<TestFigure>();
 };
 
 }  // namespace splinecore::test

@@ -7,9 +7,8 @@ namespace {
 
 using test::ExpectVector;
 using test::TestFigure;
+using test::kSentinel;
 using ConvertTest = test::ConvertFigure;
-
-const Vector kSentinel(-77, -77, -77);
 
 // --- Ordinary control points ---------------------------------------------------------------
 
@@ -19,8 +18,8 @@ TEST_F(ConvertTest, PitchTurnsAndMagnitudeScalesInScreenSpaceBackToModelSpace) {
   TurnedView();
   SegmentCP* turned = CP(0, 0);
   SegmentCP* scaled = CP(0, 0);
-  F().Open({CP(0, 2), turned, CP(-2, 0)});
-  F().Open({CP(0, 2), scaled, CP(-2, 0)});
+  f.Open({CP(0, 2), turned, CP(-2, 0)});
+  f.Open({CP(0, 2), scaled, CP(-2, 0)});
   turned->indelta = Delta{90, 0, 1};  // onto the normal
   scaled->indelta = Delta{0, -0.0f, 2};
   turned->Convert();
@@ -34,7 +33,7 @@ TEST_F(ConvertTest, PitchTurnsAndMagnitudeScalesInScreenSpaceBackToModelSpace) {
 TEST_F(ConvertTest, NoNormalMeansNeitherTurnNorScale) {
   // Only a next: GetTangents gives it = ot = (P - next)/2 and returns 0.
   SegmentCP* cp = CP(0, 0);
-  F().Open({cp, CP(-2, 0)});
+  f.Open({cp, CP(-2, 0)});
   cp->indelta = Delta{0, 0, 2};
   cp->outdelta = Delta{0, 5, 1};
   cp->Convert();
@@ -65,8 +64,8 @@ TEST_F(ConvertTest, HookInOffsetPointingAwayFromTheNeighbourIsReversed) {
   SegmentCP* xPrev = CP(0, 18);
   xPrev->next = x;
   x->prev = xPrev;
-  F().Register(xPrev);
-  F().Unregister(x);
+  f.Register(xPrev);
+  f.Unregister(x);
   hook->Convert();
   // T1 = -B = (-3,0,0), T2 = (0,3,0): T = (-1.5,1.5,0).
   ExpectVector(hook->it, -1.5f, 1.5f, 0);
@@ -84,18 +83,14 @@ TEST_F(ConvertTest, HookSnapsAndStoresS) {
 }
 
 TEST_F(ConvertTest, HookWithoutPartnersIsNotWritten) {
-  SegmentCP* carrier = CP(0, 0);
-  HookSegmentCP* hook = Hook(0.5f);
-  F().Open({carrier, CP(3, 0)});
-  F().Open({CP(5, 5), hook});
-  TestFigure::Stack({carrier, hook});
+  BuildPartnerless(Vector(5, 5, 0));
   hook->it = hook->ot = kSentinel;
   hook->Convert();
   ExpectVector(hook->it, kSentinel);
   ExpectVector(hook->ot, kSentinel);
   // A partner on the carrier's side only: the second is missing.
   SegmentCP* above = CP(0, 0);
-  F().Open({above, CP(-18, 0)});
+  f.Open({above, CP(-18, 0)});
   TestFigure::Stack({above, carrier, hook});
   hook->Convert();
   ExpectVector(hook->it, kSentinel);
@@ -105,13 +100,13 @@ TEST_F(ConvertTest, HookWithoutNeighbourOrCarrierNextIsLeftAlone) {
   SegmentCP* carrier = CP(0, 0);
   SegmentCP* x = CP(0, 0);
   HookSegmentCP* hook = Hook(0.5f);
-  for (SegmentCP* c : {carrier, x, static_cast<SegmentCP*>(hook)}) F().Open({c});
+  for (SegmentCP* c : {carrier, x, static_cast<SegmentCP*>(hook)}) f.Open({c});
   TestFigure::Stack({x, carrier, hook});
   hook->it = kSentinel;
   hook->Convert();  // no spline neighbour
   ExpectVector(hook->it, kSentinel);
-  F().Unregister(hook);
-  F().Open({CP(1, 1), hook});
+  f.Unregister(hook);
+  f.Open({CP(1, 1), hook});
   hook->Convert();  // carrier without next
   ExpectVector(hook->it, kSentinel);
 }
@@ -119,7 +114,7 @@ TEST_F(ConvertTest, HookWithoutNeighbourOrCarrierNextIsLeftAlone) {
 TEST_F(ConvertTest, HookFindsItsFirstPartnerBelowTheRunWhenTheCarrierTopsItsStack) {
   Build(0.5f);
   HookSegmentCP* other = Hook(0.25f);
-  F().Open({other});
+  f.Open({other});
   TestFigure::Stack({carrier, hook, other, x});  // X below the run
   hook->Convert();
   ExpectVector(hook->it, 1.5f, 1.5f, 0);
@@ -130,7 +125,7 @@ TEST_F(ConvertTest, HookSecondPartnerSkipsHooksAboveTheCarriersNext) {
   // A hook of Y between Y and N: the conversion passes over it to Y, while
   // the getters take it as it is (and so convert it).
   HookSegmentCP* between = Hook(0.5f);
-  F().Open({between});
+  f.Open({between});
   TestFigure::Stack({y, between, end});
   hook->Getit();
   ExpectVector(hook->it, 1.5f, 1.5f, 0);
@@ -144,8 +139,8 @@ TEST_F(ConvertTest, HookFirstPartnerIsTheCarriersStackPrevEvenAHook) {
   // tangents and offsets are zero: T = (0,0,0) + (0,3,0) * 0.5.
   SegmentCP* z = CP(0, 0);
   HookSegmentCP* hz = Hook(0.5f);
-  F().Open({z});
-  F().Open({hz});
+  f.Open({z});
+  f.Open({hz});
   hz->it = hz->ot = Vector(0, 0, 0);
   TestFigure::Stack({z, hz, carrier, hook, x});
   hook->Getit();

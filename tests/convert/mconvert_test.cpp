@@ -6,13 +6,12 @@ namespace splinecore {
 namespace {
 
 using test::ExpectVector;
-using test::TestFigure;
 using MConvertTest = test::ConvertFigure;
 
 TEST_F(MConvertTest, ModelSpaceTangentsWhateverTheView) {
   TurnedView();
   SegmentCP* cp = CP(0, 0);
-  F().Open({CP(0, 2), cp, CP(-2, 0)});
+  f.Open({CP(0, 2), cp, CP(-2, 0)});
   cp->MConvert();
   ExpectVector(cp->mit, 1, 0, 0);
   ExpectVector(cp->mot, 0, 1, 0);
@@ -21,7 +20,7 @@ TEST_F(MConvertTest, ModelSpaceTangentsWhateverTheView) {
 
 TEST_F(MConvertTest, AgreesWithConvertWhenScreenEqualsModel) {
   SegmentCP* cp = CP(0.25f, 0.5f, 0.125f);
-  F().Open({CP(1, 3, -1), cp, CP(-2, 0.5f, 0.75f)});
+  f.Open({CP(1, 3, -1), cp, CP(-2, 0.5f, 0.75f)});
   cp->indelta = Delta{30, -20, 1.5f};
   cp->outdelta = Delta{-200, 45, 0.75f};
   cp->OnSmooth();
@@ -56,16 +55,11 @@ TEST_F(MConvertTest, HookSnapsSToThreeQuarters) {
 }
 
 TEST_F(MConvertTest, HookWithoutPartnersIsNotWritten) {
-  const Vector sentinel(-77, -77, -77);
-  SegmentCP* carrier = CP(0, 0);
-  HookSegmentCP* hook = Hook(0.5f);
-  F().Open({carrier, CP(3, 0)});
-  F().Open({CP(10, 10), hook});
-  TestFigure::Stack({carrier, hook});
-  hook->mit = hook->mot = sentinel;
+  BuildPartnerless(Vector(10, 10, 0));
+  hook->mit = hook->mot = test::kSentinel;
   hook->MConvert();
-  ExpectVector(hook->mit, sentinel);
-  ExpectVector(hook->mot, sentinel);
+  ExpectVector(hook->mit, test::kSentinel);
+  ExpectVector(hook->mot, test::kSentinel);
 }
 
 TEST_F(MConvertTest, HookInterpolationRoundsEachOfItsThreeSteps) {

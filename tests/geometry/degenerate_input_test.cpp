@@ -13,36 +13,21 @@
 
 #include <gtest/gtest.h>
 
-#include "expect_vector.h"
-#include "marrow/marrow.h"
+#include "figure_test.h"
 #include "splinecore/splinecore.h"
-#include "test_figure.h"
 
 namespace splinecore {
 namespace {
 
 using test::ExpectVector;
+using test::FixedEffect;
 using test::IdentityMatrix;
+using test::kNoTurn;
 using test::MakeMatrix;
 using test::TestFigure;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
-const Delta kNoTurn{0, 0, 1};
-
-class MoveBy final : public MuscleEffect {
- public:
-  explicit MoveBy(Vector offset) : offset_(offset) {}
-  std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector* position) override {
-    *position += offset_;
-    return 1;
-  }
-  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-
- private:
-  Vector offset_;
-};
 
 // A main spline, and optionally a hook on its first segment (from points[0],
 // the carrier, to points[1]) with a partner spline through each end.
@@ -72,17 +57,7 @@ Built Build(TestFigure& f, const Shape& shape) {
     cp->indelta = cp->outdelta = shape.delta;
     b.main.push_back(cp);
   }
-  for (std::size_t i = 0; i < b.main.size(); ++i) {
-    b.main[i]->prev = i > 0 ? b.main[i - 1] : nullptr;
-    b.main[i]->next = i + 1 < b.main.size() ? b.main[i + 1] : nullptr;
-  }
-  if (shape.closed) {
-    b.main.back()->next = b.main.front();
-    b.main.front()->prev = b.main.back();
-    b.main.back()->OnLoopEnd();
-  }
-  f.Register(b.main.front());
-  b.firsts.push_back(b.main.front());
+  b.firsts.push_back(test::LinkSpline(f, b.main, shape.closed));
   b.all = b.main;  // the other splines follow
   if (shape.hook) {
     const Vector a = shape.points[0], c = shape.points[1];
@@ -100,7 +75,7 @@ Built Build(TestFigure& f, const Shape& shape) {
   f.SetScreen(shape.screen, shape.inverseScreen);
   f.SetView(shape.view, shape.inverseView);
   f.AddMuscleTable(static_cast<std::uint16_t>(f.cache.nextId));
-  for (SegmentCP* cp : b.all) f.AddEffect<MoveBy>(f.AddMuscleData(cp), Vector(0.5f, -0.25f, 1));
+  for (SegmentCP* cp : b.all) f.AddEffect<FixedEffect>(f.AddMuscleData(cp), Vector(0.5f, -0.25f, 1));
   return b;
 }
 
@@ -298,20 +273,6 @@ TEST(NonFiniteInput, EveryCallReturnsAndTheMemoryBalances) {
       EXPECT_EQ(MarrowLiveBlocks(), live);
     }
   }
-}
-
-TEST(NonFiniteInput, HookParameterSnapsToAQuarter) {
-  // Negative infinity is below 0.375 by bit pattern, NaN snaps to the
-  // half, positive infinity is above 0.625.
-  const float given[] = {-kInf, kNaN, kInf, -kNaN};
-  const float snapped[] = {0.25f, 0.5f, 0.75f, 0.25f};
-  TestFigure f;
-  HookSegmentCP* h = f.NewHook(0);
-  for (int i = 0; i < 4; ++i) {
-    h->SetS(given[i]);
-    EXPECT_EQ(h->GetS(), snapped[i]) << i;
-  }
-  delete h;
 }
 
 TEST(NonFiniteInput, AngleThatCannotBeReducedMakesNoTurn) {

@@ -5,22 +5,18 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "expect_vector.h"
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
 
 using test::ExpectVector;
+using test::kSentinel;
 using test::MakeMatrix;
 using test::TestFigure;
-
-const Vector kSentinel(-77, -77, -77);
 constexpr float kNone = std::numeric_limits<float>::quiet_NaN();  // member left as the sentinel
 
 Vector X(float x) { return std::isnan(x) ? kSentinel : Vector(x, 0, 0); }
@@ -32,7 +28,7 @@ Vector X(float x) { return std::isnan(x) ? kSentinel : Vector(x, 0, 0); }
 // spaced. The view maps (x,y,z) to (10 - 2y, 20 + 2x, 30 + 2z) and back
 // exactly, so the screen-space arithmetic is exact.
 struct SegmentFigure {
-  SegmentFigure() {
+  explicit SegmentFigure(TestFigure& figure) : f(figure) {
     f.SetScreen(MakeMatrix({0, -2, 0, 10, 2, 0, 0, 20, 0, 0, 2, 30}),
                 MakeMatrix({0, 0.5f, 0, -10, -0.5f, 0, 0, 5, 0, 0, 0.5f, -15}));
     f.Open({carrier = f.NewCP(X(0)), end = f.NewCP(X(3))});
@@ -61,19 +57,13 @@ struct SegmentFigure {
     carrier->SetHead();
     return hooks;
   }
-  TestFigure f;
+  TestFigure& f;
   SegmentCP *carrier = nullptr, *end = nullptr;
 };
 
-class HookRangeTest : public ::testing::Test {
+class HookRangeTest : public test::FigureTest {
  protected:
-  void TearDown() override {
-    figure_.reset();
-    EXPECT_EQ(MarrowLiveBlocks(), live_);
-  }
-  long live_ = MarrowLiveBlocks();
-  std::unique_ptr<SegmentFigure> figure_ = std::make_unique<SegmentFigure>();
-  SegmentFigure& fig = *figure_;
+  SegmentFigure fig{f};
 };
 
 // x of each hook's position, in-piece handles and (last hook only) closing piece.
@@ -109,7 +99,8 @@ TEST(HookRange, RunsOfOneTwoAndThreeHooksOnTheScreenAndMusclePaths) {
   for (const RunCase& c : kRuns) {
     for (bool muscle : {false, true}) {
       SCOPED_TRACE(std::string(c.name) + (muscle ? ", muscle path" : ", screen path"));
-      SegmentFigure fig;
+      TestFigure figure;
+      SegmentFigure fig(figure);
       const std::vector<HookSegmentCP*> run = fig.Run(c.s);
       muscle ? MHookRange(fig.carrier) : HookRange(fig.carrier);
       EXPECT_EQ(run[0]->s, c.snapped);

@@ -4,11 +4,8 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
 
-#include "expect_vector.h"
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
@@ -16,39 +13,29 @@ namespace {
 using test::ExpectVector;
 using test::TestFigure;
 
-class HookSegmentCPTest : public ::testing::Test {
- protected:
-  void TearDown() override {
-    figure_.reset();
-    EXPECT_EQ(MarrowLiveBlocks(), live_);
-  }
-  TestFigure& F() { return *figure_; }
-
-  long live_ = MarrowLiveBlocks();
-  std::unique_ptr<TestFigure> figure_ = std::make_unique<TestFigure>();
-};
+using HookSegmentCPTest = test::FigureTest;
 
 TEST_F(HookSegmentCPTest, PlainAndFigureConstructors) {
   HookSegmentCP* plain = new HookSegmentCP();
   EXPECT_TRUE(plain->IsHook());
   EXPECT_EQ(plain->cache, nullptr);
   EXPECT_EQ(plain->stamp, 255);
-  F().cache.nextId = 12;
-  HookSegmentCP* numbered = new HookSegmentCP(&F().cache);
+  f.cache.nextId = 12;
+  HookSegmentCP* numbered = new HookSegmentCP(&f.cache);
   EXPECT_FALSE(numbered->IsHook());  // the host sets the flag
   EXPECT_EQ(numbered->id, 12u);
-  EXPECT_EQ(F().cache.nextId, 13u);
+  EXPECT_EQ(f.cache.nextId, 13u);
   EXPECT_EQ(numbered->cache, nullptr);
   delete plain;
   delete numbered;
 }
 
 TEST_F(HookSegmentCPTest, MadeFromAControlPoint) {
-  SegmentCP* top = F().NewCP(Vector(9, 9, 9));
-  SegmentCP* cp = F().NewCP(Vector(1, 2, 3));
-  SegmentCP* before = F().Open({F().NewCP(Vector(0, 0, 0)), cp, F().NewCP(Vector(5, 0, 0))});
+  SegmentCP* top = f.NewCP(Vector(9, 9, 9));
+  SegmentCP* cp = f.NewCP(Vector(1, 2, 3));
+  SegmentCP* before = f.Open({f.NewCP(Vector(0, 0, 0)), cp, f.NewCP(Vector(5, 0, 0))});
   SegmentCP* after = cp->next;
-  F().Open({top});
+  f.Open({top});
   TestFigure::Stack({top, cp});
   cp->tag = 0x1234;
   cp->indelta = Delta{1, 2, 3};
@@ -89,13 +76,16 @@ TEST_F(HookSegmentCPTest, GetSSnapsToQuartersAndStores) {
   struct Case {
     float in, out;
   };
+  // Negative infinity is below 0.375 by bit pattern, NaN snaps to the half,
+  // positive infinity is above 0.625.
+  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(), kInf = std::numeric_limits<float>::infinity();
   const Case cases[] = {
       {0.9f, 0.75f},  {0.375f, 0.25f}, {0.625f, 0.5f}, {std::nextafter(0.625f, 1.0f), 0.75f},
       {-0.0f, 0.25f}, {1.5f, 0.75f},   {-1.0f, 0.25f}, {std::nextafter(0.375f, 1.0f), 0.5f},
-      {std::numeric_limits<float>::quiet_NaN(), 0.5f},
+      {kNaN, 0.5f},   {-kNaN, 0.25f},  {-kInf, 0.25f}, {kInf, 0.75f},
   };
-  HookSegmentCP* h = F().NewHook(0);
-  F().Open({h});
+  HookSegmentCP* h = f.NewHook(0);
+  f.Open({h});
   for (const Case& c : cases) {
     h->SetS(c.in);
     EXPECT_EQ(h->GetS(), c.out) << c.in;
@@ -104,8 +94,8 @@ TEST_F(HookSegmentCPTest, GetSSnapsToQuartersAndStores) {
 }
 
 TEST_F(HookSegmentCPTest, CopyKeepsEveryMemberIncludingTheHead) {
-  HookSegmentCP* h = F().NewHook(0.5f);
-  F().Open({h});
+  HookSegmentCP* h = f.NewHook(0.5f);
+  f.Open({h});
   h->hit = Vector(1, 0, 0);
   h->pot = Vector(4, 0, 0);
   h->mpot = Vector(8, 0, 0);
@@ -113,7 +103,7 @@ TEST_F(HookSegmentCPTest, CopyKeepsEveryMemberIncludingTheHead) {
   HookSegmentCP copy(*h);
   EXPECT_EQ(copy.s, 0.5f);
   EXPECT_EQ(copy.head, h);
-  EXPECT_EQ(copy.cache, &F().cache);
+  EXPECT_EQ(copy.cache, &f.cache);
   ExpectVector(copy.hit, Vector(1, 0, 0));
   ExpectVector(copy.pot, Vector(4, 0, 0));
   ExpectVector(copy.mpot, Vector(8, 0, 0));
@@ -128,10 +118,10 @@ TEST_F(HookSegmentCPTest, CopyKeepsEveryMemberIncludingTheHead) {
 }
 
 TEST_F(HookSegmentCPTest, MuscleAccessorsDoNotPlace) {
-  SegmentCP* carrier = F().NewCP(Vector(0, 0, 0));
-  HookSegmentCP* h = F().NewHook(0.5f);
-  F().Open({carrier, F().NewCP(Vector(3, 0, 0))});
-  F().Open({h});
+  SegmentCP* carrier = f.NewCP(Vector(0, 0, 0));
+  HookSegmentCP* h = f.NewHook(0.5f);
+  f.Open({carrier, f.NewCP(Vector(3, 0, 0))});
+  f.Open({h});
   TestFigure::Stack({carrier, h});
   h->mhit = Vector(1, 1, 1);
   h->p = Vector(7, 7, 7);

@@ -3,63 +3,25 @@
 // muscle handle points in every order of calls.
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <memory>
-
-#include "expect_vector.h"
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
 
 using test::ExpectVector;
+using test::FixedEffect;
+using test::kSentinel;
 using test::MakeMatrix;
 using test::TestFigure;
 
-const Vector kSentinel(-77, -77, -77);
-
-// Moves the position by a fixed offset.
-struct MoveBy : MuscleEffect {
-  explicit MoveBy(Vector by) : offset(by) {}
-  std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector* position) override {
-    *position += offset;
-    return 1;
-  }
-  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-  Vector offset;
-};
-
-// Doubles the in-side magnitude.
-struct DoubleInMagnitude : MuscleEffect {
-  std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector*) override { return 0; }
-  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta* d) override {
-    d->magnitude = 2;
-    return 4;
-  }
-  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-};
-
-class TangentCacheTest : public ::testing::Test {
+class TangentCacheTest : public test::FigureTest {
  protected:
-  void TearDown() override {
-    figure_.reset();
-    EXPECT_EQ(MarrowLiveBlocks(), live_);
-  }
-  TestFigure& F() { return *figure_; }
   // A peaked control point with deltas that neither turn nor scale.
-  SegmentCP* CP(float x, float y, float z = 0) {
-    SegmentCP* cp = F().NewCP(Vector(x, y, z));
-    cp->indelta = cp->outdelta = Delta{0, 0, 1};
-    return cp;
-  }
+  SegmentCP* CP(float x, float y, float z = 0) { return test::Neutral(f.NewCP(Vector(x, y, z))); }
   // Open spline a(0,0,0) - b(2,0,0) - c(6,0,0), travel from c to a: b's
   // half-chord tangents are it = (b - c)/2 = (-2,0,0), ot = (a - b)/2 = (-1,0,0).
-  void Line() { F().Open({a_ = CP(0, 0), b_ = CP(2, 0), c_ = CP(6, 0)}); }
+  void Line() { f.Open({a_ = CP(0, 0), b_ = CP(2, 0), c_ = CP(6, 0)}); }
 
-  long live_ = MarrowLiveBlocks();
-  std::unique_ptr<TestFigure> figure_ = std::make_unique<TestFigure>();
   SegmentCP *a_ = nullptr, *b_ = nullptr, *c_ = nullptr;
 };
 
@@ -77,12 +39,12 @@ TEST_F(TangentCacheTest, ModelTangentsConvertOnceUntilTouched) {
   b_->ot = kSentinel;
   c_->Touch(0);
   ExpectVector(b_->Getot(), kSentinel);
-  EXPECT_EQ(c_->stamp, F().cache.generation);
+  EXPECT_EQ(c_->stamp, f.cache.generation);
   // A new generation revalidates the neighbours without converting.
-  ++F().cache.generation;
+  ++f.cache.generation;
   ExpectVector(b_->Getit(), kSentinel);
-  EXPECT_EQ(a_->stamp, F().cache.generation);
-  EXPECT_EQ(c_->stamp, F().cache.generation);
+  EXPECT_EQ(a_->stamp, f.cache.generation);
+  EXPECT_EQ(c_->stamp, f.cache.generation);
   // Touch converts again.
   b_->Touch(0);
   ExpectVector(b_->Getit(), Vector(-2, 0, 0));
@@ -90,27 +52,28 @@ TEST_F(TangentCacheTest, ModelTangentsConvertOnceUntilTouched) {
 
 TEST_F(TangentCacheTest, MovedNeighbourInMuscleModeAndLeavingItConvertAgain) {
   Line();
-  F().AddMuscleTable(16);
-  F().AddEffect<MoveBy>(F().AddMuscleData(c_), Vector(2, 0, 0));
+  f.AddMuscleTable(16);
+  f.AddEffect<FixedEffect>(f.AddMuscleData(c_), Vector(2, 0, 0));
   ExpectVector(b_->Getit(), Vector(-2, 0, 0));
-  F().SetMuscleMode(true);
-  ++F().cache.generation;
-  ++F().cache.screenGeneration;
+  f.SetMuscleMode(true);
+  ++f.cache.generation;
+  ++f.cache.screenGeneration;
   // c now sits at (8,0,0): it = (2 - 8)/2.
   ExpectVector(b_->Getit(), Vector(-3, 0, 0));
-  F().SetMuscleMode(false);
-  ++F().cache.generation;
-  ++F().cache.screenGeneration;
+  f.SetMuscleMode(false);
+  ++f.cache.generation;
+  ++f.cache.screenGeneration;
   ExpectVector(b_->Getit(), Vector(-2, 0, 0));
   EXPECT_FALSE(c_->IsMuscleMoved());
 }
 
 TEST_F(TangentCacheTest, MuscleDeltaChangeReconverts) {
   Line();
-  F().AddMuscleTable(16);
-  F().AddEffect<DoubleInMagnitude>(F().AddMuscleData(b_));
+  f.AddMuscleTable(16);
+  // Doubles the in-side magnitude (bit 4: the magnitude is a factor).
+  f.AddEffect<FixedEffect>(f.AddMuscleData(b_), Delta{0, 0, 2}, std::int16_t{4}, test::kNoTurn, std::int16_t{0});
   b_->OnConverted();
-  F().SetMuscleMode(true);
+  f.SetMuscleMode(true);
   b_->Getp();  // refreshes b's muscle deltas and unconverts it
   EXPECT_FALSE(b_->IsConverted());
   ExpectVector(b_->Getit(), Vector(-4, 0, 0));
@@ -121,18 +84,18 @@ TEST_F(TangentCacheTest, MuscleDeltaChangeReconverts) {
 
 TEST_F(TangentCacheTest, ScreenHandleIsTheTransformedHeadMinusAThird) {
   SegmentCP* cp = CP(1, 1, 1);
-  F().Open({cp});
+  f.Open({cp});
   cp->it = Vector(3, 0, 0);
   cp->flags |= cpflag::itCached | cpflag::converted;
-  cp->stamp = F().cache.generation;
+  cp->stamp = f.cache.generation;
   ExpectVector(cp->Getscreenit(), Vector(0, 1, 1));
   ExpectVector(cp->it, Vector(3, 0, 0));
 
   // A new screen generation transforms the current tangent again.
   cp->it = Vector(6, 0, 0);
   ExpectVector(cp->Getscreenit(), Vector(0, 1, 1));
-  ++F().cache.screenGeneration;
-  F().SetScreen(MakeMatrix({0, -2, 0, 10, 2, 0, 0, 20, 0, 0, 2, 30}),
+  ++f.cache.screenGeneration;
+  f.SetScreen(MakeMatrix({0, -2, 0, 10, 2, 0, 0, 20, 0, 0, 2, 30}),
                 MakeMatrix({0, 0.5f, 0, -10, -0.5f, 0, 0, 5, 0, 0, 0.5f, -15}));
   // Model handle (1,1,1) - (6,0,0)/3 = (-1,1,1); the matrix maps (x,y,z) to
   // (10 - 2y, 20 + 2x, 30 + 2z).
@@ -142,11 +105,11 @@ TEST_F(TangentCacheTest, ScreenHandleIsTheTransformedHeadMinusAThird) {
 TEST_F(TangentCacheTest, ScreenOutHandleOfAStackMemberUsesTheHead) {
   SegmentCP* top = CP(1, 1, 1);
   SegmentCP* member = CP(9, 9, 9);
-  for (SegmentCP* c : {top, member}) F().Open({c});
+  for (SegmentCP* c : {top, member}) f.Open({c});
   TestFigure::Stack({top, member});
   member->ot = Vector(3, 0, 0);
   member->flags |= cpflag::otCached | cpflag::converted;
-  member->stamp = F().cache.generation;
+  member->stamp = f.cache.generation;
   ExpectVector(member->Getscreenot(), Vector(2, 1, 1));
 }
 
@@ -154,9 +117,9 @@ TEST_F(TangentCacheTest, ScreenOutHandleOfAStackMemberUsesTheHead) {
 
 TEST_F(TangentCacheTest, HookWithoutPartnersGivesZeroAndStaysUnconverted) {
   SegmentCP* carrier = CP(0, 0);
-  HookSegmentCP* hook = F().NewHook(0.5f);
-  F().Open({carrier, CP(3, 0)});
-  F().Open({CP(1.5f, 2), hook});
+  HookSegmentCP* hook = f.NewHook(0.5f);
+  f.Open({carrier, CP(3, 0)});
+  f.Open({CP(1.5f, 2), hook});
   TestFigure::Stack({carrier, hook});
   hook->it = hook->ot = kSentinel;
   ExpectVector(hook->Getit(), Vector(0, 0, 0));
@@ -170,11 +133,11 @@ TEST_F(TangentCacheTest, HookWithoutPartnersGivesZeroAndStaysUnconverted) {
 
 TEST_F(TangentCacheTest, HookWhoseCarrierHasNoNextIsTreatedAsPartnerless) {
   SegmentCP* carrier = CP(0, 0);
-  HookSegmentCP* hook = F().NewHook(0.5f);
+  HookSegmentCP* hook = f.NewHook(0.5f);
   SegmentCP* above = CP(0, 0);
-  F().Open({carrier});
-  F().Open({above});
-  F().Open({CP(1, 2), hook});
+  f.Open({carrier});
+  f.Open({above});
+  f.Open({CP(1, 2), hook});
   TestFigure::Stack({above, carrier, hook});
   hook->p = Vector(4, 5, 6);
   hook->ot = kSentinel;
@@ -191,7 +154,7 @@ TEST_F(TangentCacheTest, HookWhoseCarrierHasNoNextIsTreatedAsPartnerless) {
 TEST_F(TangentCacheTest, MuscleHandlesOfAPlainPointAndTheirCache) {
   // it = (P - next)/2 = (3,0,0); with no prev ot = it.
   SegmentCP* cp = CP(1, 1, 1);
-  F().Open({cp, CP(-5, 1, 1)});
+  f.Open({cp, CP(-5, 1, 1)});
   ExpectVector(cp->Getmit(), Vector(0, 1, 1));
   // Getmit converted both members: Getmot does no work.
   cp->mot = kSentinel;
@@ -199,14 +162,14 @@ TEST_F(TangentCacheTest, MuscleHandlesOfAPlainPointAndTheirCache) {
   EXPECT_EQ(&cp->Getmit(), &cp->mit);
   ExpectVector(cp->mit, Vector(0, 1, 1));
   // No generation check.
-  ++F().cache.generation;
+  ++f.cache.generation;
   cp->mit = kSentinel;
   ExpectVector(cp->Getmit(), kSentinel);
 }
 
 TEST_F(TangentCacheTest, MuscleHandlesSurviveOffCachedmitot) {
   SegmentCP* cp = CP(1, 1, 1);
-  F().Open({cp, CP(-5, 1, 1)});
+  f.Open({cp, CP(-5, 1, 1)});
   cp->Getmit();
   for (int round = 0; round < 2; ++round) {
     SCOPED_TRACE(round);
@@ -233,12 +196,12 @@ TEST_F(TangentCacheTest, MuscleHandlesSurviveOffCachedmitot) {
 class MuscleHookTest : public TangentCacheTest {
  protected:
   void SetUp() override {
-    hook = F().NewHook(0.5f);
-    hook->indelta = hook->outdelta = Delta{0, 0, 1};
-    F().Open({carrier = CP(0, 0), end = CP(3, 0)});
-    F().Open({CP(0, 3), x = CP(0, 0)});
-    F().Open({CP(3, 6), y = CP(3, 0)});
-    F().Open({CP(1.5f, 2), hook});
+    hook = f.NewHook(0.5f);
+    test::Neutral(hook);
+    f.Open({carrier = CP(0, 0), end = CP(3, 0)});
+    f.Open({CP(0, 3), x = CP(0, 0)});
+    f.Open({CP(3, 6), y = CP(3, 0)});
+    f.Open({CP(1.5f, 2), hook});
     TestFigure::Stack({x, carrier, hook});
     TestFigure::Stack({y, end});
   }
