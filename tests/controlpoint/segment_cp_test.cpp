@@ -2,19 +2,14 @@
 // the memory it comes from, and the muscle, delta, In and skin queries.
 #include <gtest/gtest.h>
 
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
 
 using test::TestFigure;
 
-class SegmentCPTest : public ::testing::Test {
- protected:
-  void TearDown() override { EXPECT_EQ(MarrowLiveBlocks(), live_); }
-  long live_ = MarrowLiveBlocks();
-};
+using SegmentCPTest = test::FigureTest;
 
 TEST_F(SegmentCPTest, FigureConstructorTakesConsecutiveIds) {
   FigureCache cache{};
@@ -54,13 +49,10 @@ TEST_F(SegmentCPTest, ArraysComeFromTheGeneralHeap) {
 }
 
 TEST_F(SegmentCPTest, CopyAndAssignmentCopyEveryMember) {
-  TestFigure figure;
-  SegmentCP* a = figure.NewCP(Vector(1, 2, 3), cpflag::smooth | cpflag::touched);
-  SegmentCP* b = figure.NewCP(Vector(4, 5, 6));
-  SegmentCP* c = figure.NewCP(Vector(7, 8, 9));
-  SegmentCP* below = figure.NewCP(Vector(0, 0, 0));
-  figure.Open({a, b, c});
-  figure.Open({below});
+  SegmentCP* a = f.NewCP(Vector(1, 2, 3), cpflag::smooth | cpflag::touched);
+  SegmentCP *b = f.NewCP(Vector(4, 5, 6)), *c = f.NewCP(Vector(7, 8, 9)), *below = f.NewCP(Vector(0, 0, 0));
+  f.Open({a, b, c});
+  f.Open({below});
   TestFigure::Stack({a, below});
   a->tag = 0xdeadbeef;
   a->indelta = Delta{1, 2, 3};
@@ -76,7 +68,7 @@ TEST_F(SegmentCPTest, CopyAndAssignmentCopyEveryMember) {
   EXPECT_EQ(copy.indelta.magnitude, 3.0f);
   EXPECT_EQ(copy.stackNext, a->stackNext);
   EXPECT_EQ(copy.head, a);  // the original's head, not the copy itself
-  EXPECT_EQ(copy.cache, &figure.cache);
+  EXPECT_EQ(copy.cache, &f.cache);
   EXPECT_EQ(copy.id, a->id);
   EXPECT_EQ(copy.stamp, 42);
   EXPECT_EQ(copy.screenStamp, 17);
@@ -91,20 +83,14 @@ TEST_F(SegmentCPTest, CopyAndAssignmentCopyEveryMember) {
 }
 
 TEST_F(SegmentCPTest, DestroyingACopyReleasesTheMuscleDataOfItsIdInEveryTable) {
-  TestFigure figure;
-  SegmentCP* cp = figure.NewCP(Vector(0, 0, 0));
-  figure.Open({cp});
-  MuscleTable* first = figure.AddMuscleTable(4);
-  MuscleCPData* data1 = figure.AddMuscleData(cp);
-  struct Nop : MuscleEffect {
-    std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector*) override { return 0; }
-    std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-    std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
-  };
-  figure.AddEffect<Nop>(data1);
-  figure.AddEffect<Nop>(data1);
-  MuscleTable* second = figure.AddMuscleTable(4);
-  figure.AddMuscleData(cp);
+  SegmentCP* cp = f.NewCP(Vector(0, 0, 0));
+  f.Open({cp});
+  MuscleTable* first = f.AddMuscleTable(4);
+  MuscleCPData* data1 = f.AddMuscleData(cp);
+  f.AddEffect<test::FixedEffect>(data1);
+  f.AddEffect<test::FixedEffect>(data1);
+  MuscleTable* second = f.AddMuscleTable(4);
+  f.AddMuscleData(cp);
   const long live = MarrowLiveBlocks();
 
   SegmentCP* copy = new SegmentCP(*cp);
@@ -115,42 +101,39 @@ TEST_F(SegmentCPTest, DestroyingACopyReleasesTheMuscleDataOfItsIdInEveryTable) {
 }
 
 TEST_F(SegmentCPTest, IdAtCountIsOutsideTheTable) {
-  TestFigure figure;
-  MuscleTable* table = figure.AddMuscleTable(2);
-  figure.cache.nextId = 2;
-  SegmentCP* cp = figure.NewCP(Vector(0, 0, 0));
-  figure.Open({cp});
+  MuscleTable* table = f.AddMuscleTable(2);
+  f.cache.nextId = 2;
+  SegmentCP* cp = f.NewCP(Vector(0, 0, 0));
+  f.Open({cp});
   ASSERT_EQ(cp->id, 2u);
   EXPECT_EQ(cp->IsMuscle(), 0);
   EXPECT_EQ(cp->GetMuscleCPData(), nullptr);
   cp->indelta = Delta{5, 6, 7};
-  figure.SetMuscleMode(true);
+  f.SetMuscleMode(true);
   EXPECT_EQ(&cp->Getindelta(), &cp->indelta);
   EXPECT_EQ(table->count, 2);
 }
 
 TEST_F(SegmentCPTest, DeltaInForceFollowsMuscleModeAndData) {
-  TestFigure figure;
-  figure.AddMuscleTable(4);
-  SegmentCP* cp = figure.NewCP(Vector(0, 0, 0));
-  figure.Open({cp});
-  MuscleCPData* data = figure.AddMuscleData(cp);
+  f.AddMuscleTable(4);
+  SegmentCP* cp = f.NewCP(Vector(0, 0, 0));
+  f.Open({cp});
+  MuscleCPData* data = f.AddMuscleData(cp);
   EXPECT_EQ(cp->IsMuscle(), 1);
   EXPECT_EQ(&cp->Getindelta(), &cp->indelta);  // not in muscle mode
   EXPECT_EQ(&cp->Getoutdelta(), &cp->outdelta);
-  figure.SetMuscleMode(true);
+  f.SetMuscleMode(true);
   EXPECT_EQ(&cp->Getindelta(), &data->indelta);
   EXPECT_EQ(&cp->Getoutdelta(), &data->outdelta);
-  figure.cache.mode = 0xff & ~kMuscleMode;  // only bit value 8 counts
+  f.cache.mode = 0xff & ~kMuscleMode;  // only bit value 8 counts
   EXPECT_EQ(&cp->Getindelta(), &cp->indelta);
 }
 
 TEST_F(SegmentCPTest, NoTableOrArrayMeansNoMuscleData) {
-  TestFigure figure;
-  SegmentCP* cp = figure.NewCP(Vector(0, 0, 0));
-  figure.Open({cp});
+  SegmentCP* cp = f.NewCP(Vector(0, 0, 0));
+  f.Open({cp});
   EXPECT_EQ(cp->IsMuscle(), 0);
-  MuscleTable* table = figure.AddMuscleTable(4);
+  MuscleTable* table = f.AddMuscleTable(4);
   MuscleCPData** array = table->cpData;
   table->cpData = nullptr;
   EXPECT_EQ(cp->GetMuscleCPData(), nullptr);
@@ -158,21 +141,19 @@ TEST_F(SegmentCPTest, NoTableOrArrayMeansNoMuscleData) {
 }
 
 TEST_F(SegmentCPTest, InFlagBelongsToTheFigure) {
-  TestFigure figure;
-  SegmentCP* a = figure.NewCP(Vector(0, 0, 0));
-  SegmentCP* b = figure.NewCP(Vector(1, 0, 0));
-  figure.Open({a, b});
-  figure.record.figureFlags = 0xf0;
+  SegmentCP *a = f.NewCP(Vector(0, 0, 0)), *b = f.NewCP(Vector(1, 0, 0));
+  f.Open({a, b});
+  f.record.figureFlags = 0xf0;
   a->SetIn(3);
   EXPECT_EQ(b->IsIn(), 1);
-  EXPECT_EQ(figure.record.figureFlags, 0xf1u);
+  EXPECT_EQ(f.record.figureFlags, 0xf1u);
   b->SetIn(2);
   EXPECT_EQ(a->IsIn(), 0);
-  EXPECT_EQ(figure.record.figureFlags, 0xf0u);
+  EXPECT_EQ(f.record.figureFlags, 0xf0u);
   a->OnIn();
   EXPECT_EQ(b->IsIn(), 1);
   b->OffIn();
-  EXPECT_EQ(figure.record.figureFlags, 0xf0u);
+  EXPECT_EQ(f.record.figureFlags, 0xf0u);
 }
 
 TEST_F(SegmentCPTest, SkinIsEitherSkinFlag) {
@@ -186,34 +167,32 @@ TEST_F(SegmentCPTest, SkinIsEitherSkinFlag) {
 }
 
 TEST_F(SegmentCPTest, DestructorLeavesTheMatchingGroupList) {
-  TestFigure figure;
-  SegmentCP* plain = figure.NewCP(Vector(0, 0, 0));
-  SegmentCP* skin = figure.NewCP(Vector(1, 0, 0), cpflag::skinB);
-  plain->AddToGroup(&figure.cache.groupList, 1);
-  plain->AddToGroup(&figure.cache.skinGroupList, 1);
-  skin->AddToGroup(&figure.cache.groupList, 1);
-  skin->AddToGroup(&figure.cache.skinGroupList, 1);
+  SegmentCP* plain = f.NewCP(Vector(0, 0, 0));
+  SegmentCP* skin = f.NewCP(Vector(1, 0, 0), cpflag::skinB);
+  plain->AddToGroup(&f.cache.groupList, 1);
+  plain->AddToGroup(&f.cache.skinGroupList, 1);
+  skin->AddToGroup(&f.cache.groupList, 1);
+  skin->AddToGroup(&f.cache.skinGroupList, 1);
   delete plain;
   delete skin;
   // Each left only the list that matches its skin flags.
-  ASSERT_NE(figure.cache.groupList, nullptr);
-  EXPECT_EQ(figure.cache.groupList->cp, skin);
-  EXPECT_EQ(figure.cache.groupList->next, nullptr);
-  ASSERT_NE(figure.cache.skinGroupList, nullptr);
-  EXPECT_EQ(figure.cache.skinGroupList->cp, plain);
-  EXPECT_EQ(figure.cache.skinGroupList->next, nullptr);
+  ASSERT_NE(f.cache.groupList, nullptr);
+  EXPECT_EQ(f.cache.groupList->cp, skin);
+  EXPECT_EQ(f.cache.groupList->next, nullptr);
+  ASSERT_NE(f.cache.skinGroupList, nullptr);
+  EXPECT_EQ(f.cache.skinGroupList->cp, plain);
+  EXPECT_EQ(f.cache.skinGroupList->next, nullptr);
 }
 
 TEST_F(SegmentCPTest, DestructorWithoutCacheTouchesNoHostRecord) {
-  TestFigure figure;
-  figure.AddMuscleTable(4);
-  SegmentCP* cp = figure.NewCP(Vector(0, 0, 0));
-  cp->AddToGroup(&figure.cache.groupList, 1);
-  MuscleCPData* data = figure.AddMuscleData(cp);
+  f.AddMuscleTable(4);
+  SegmentCP* cp = f.NewCP(Vector(0, 0, 0));
+  cp->AddToGroup(&f.cache.groupList, 1);
+  MuscleCPData* data = f.AddMuscleData(cp);
   cp->cache = nullptr;
   delete cp;
-  ASSERT_NE(figure.cache.groupList, nullptr);  // the node stays
-  EXPECT_EQ(figure.cache.muscleTable->cpData[0], data);
+  ASSERT_NE(f.cache.groupList, nullptr);  // the node stays
+  EXPECT_EQ(f.cache.muscleTable->cpData[0], data);
 }
 
 }  // namespace

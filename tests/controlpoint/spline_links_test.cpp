@@ -1,32 +1,28 @@
 // Splines and stacks: head derivation, deletion with its repairs, Touch.
 #include <gtest/gtest.h>
 
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
 
 using test::TestFigure;
 
-class SplineTest : public ::testing::Test {
+class SplineTest : public test::FigureTest {
  protected:
-  void TearDown() override {
-    figure_.reset();
-    EXPECT_EQ(MarrowLiveBlocks(), live_);
+  SegmentCP* At(float x, std::uint32_t flags = 0) { return f.NewCP(Vector(x, 0, 0), flags); }
+  // DeleteCP, keeping the figure's registration on the spline's first point.
+  void Delete(SegmentCP** first, SegmentCP* x) {
+    f.Unregister(*first);
+    DeleteCP(first, x);
+    if (*first != nullptr) f.Register(*first);
   }
-  SegmentCP* At(float x, std::uint32_t flags = 0) { return figure_->NewCP(Vector(x, 0, 0), flags); }
-  long live_ = MarrowLiveBlocks();
-  std::unique_ptr<TestFigure> figure_ = std::make_unique<TestFigure>();
 };
 
 TEST_F(SplineTest, SetHeadDerivesHeadsAndHookFlags) {
-  SegmentCP* a = At(0);
-  SegmentCP* h1 = At(1, cpflag::hook);
+  SegmentCP *a = At(0), *h1 = At(1, cpflag::hook), *b = At(3, cpflag::lastHook), *h3 = At(4, cpflag::hook);
   SegmentCP* h2 = At(2, cpflag::hook | cpflag::hasHooks);  // stale flags are cleared
-  SegmentCP* b = At(3, cpflag::lastHook);
-  SegmentCP* h3 = At(4, cpflag::hook);
-  for (SegmentCP* cp : {a, h1, h2, b, h3}) figure_->Open({cp});
+  for (SegmentCP* cp : {a, h1, h2, b, h3}) f.Open({cp});
   TestFigure::Stack({a, h1, h2, b, h3});
   b->SetHead();  // from any member: the whole stack
   EXPECT_EQ(a->head, a);
@@ -43,71 +39,44 @@ TEST_F(SplineTest, SetHeadDerivesHeadsAndHookFlags) {
   EXPECT_FALSE(h3->IsLastHook());  // the bottom: no stackNext
 }
 
-TEST_F(SplineTest, DeletingTheFirstOfAnOpenSpline) {
-  SegmentCP* a = At(0);
-  SegmentCP* b = At(1);
-  SegmentCP* c = At(2);
-  SegmentCP* first = figure_->Open({a, b, c});
-  figure_->Unregister(a);
-  DeleteCP(&first, a);
-  figure_->Register(first);
-  EXPECT_EQ(first, b);
-  EXPECT_EQ(b->prev, nullptr);
-  EXPECT_EQ(b->next, c);
+TEST_F(SplineTest, DeletingTheFirstPointMakesItsNextFirst) {
+  for (bool closed : {false, true}) {
+    SCOPED_TRACE(closed ? "closed" : "open");
+    SegmentCP *a = At(0), *b = At(1), *c = At(2);
+    SegmentCP* first = closed ? f.Closed({a, b, c}) : f.Open({a, b, c});
+    Delete(&first, a);
+    EXPECT_EQ(first, b);
+    EXPECT_EQ(b->prev, closed ? c : nullptr);
+    EXPECT_EQ(b->next, c);
+    EXPECT_EQ(c->next, closed ? b : nullptr);
+    EXPECT_EQ(c->IsLoopEnd() != 0, closed);
+    EXPECT_FALSE(b->IsLoopEnd());
+  }
 }
 
-TEST_F(SplineTest, DeletingTheLastOfAnOpenSpline) {
-  SegmentCP* a = At(0);
-  SegmentCP* b = At(1);
-  SegmentCP* c = At(2);
-  SegmentCP* first = figure_->Open({a, b, c});
-  DeleteCP(&first, c);
-  EXPECT_EQ(first, a);
-  EXPECT_EQ(b->next, nullptr);
-  EXPECT_FALSE(b->IsLoopEnd());
-}
-
-TEST_F(SplineTest, DeletingTheLastOfAClosedSplineMovesLoopEnd) {
-  SegmentCP* a = At(0);
-  SegmentCP* b = At(1);
-  SegmentCP* c = At(2);
-  SegmentCP* first = figure_->Closed({a, b, c});
-  DeleteCP(&first, c);
-  EXPECT_EQ(first, a);
-  EXPECT_TRUE(b->IsLoopEnd());
-  EXPECT_EQ(b->next, a);
-  EXPECT_EQ(a->prev, b);
-}
-
-TEST_F(SplineTest, DeletingTheFirstOfAClosedSpline) {
-  SegmentCP* a = At(0);
-  SegmentCP* b = At(1);
-  SegmentCP* c = At(2);
-  SegmentCP* first = figure_->Closed({a, b, c});
-  figure_->Unregister(a);
-  DeleteCP(&first, a);
-  figure_->Register(first);
-  EXPECT_EQ(first, b);
-  EXPECT_EQ(b->prev, c);
-  EXPECT_EQ(c->next, b);
-  EXPECT_TRUE(c->IsLoopEnd());
-  EXPECT_FALSE(b->IsLoopEnd());
+TEST_F(SplineTest, DeletingTheLastPointEndsTheSplineAtItsPrev) {
+  for (bool closed : {false, true}) {
+    SCOPED_TRACE(closed ? "closed" : "open");
+    SegmentCP *a = At(0), *b = At(1), *c = At(2);
+    SegmentCP* first = closed ? f.Closed({a, b, c}) : f.Open({a, b, c});
+    DeleteCP(&first, c);
+    EXPECT_EQ(first, a);
+    EXPECT_EQ(b->next, closed ? a : nullptr);
+    EXPECT_EQ(a->prev, closed ? b : nullptr);
+    EXPECT_EQ(b->IsLoopEnd() != 0, closed);  // a closed spline's loopEnd moves to b
+  }
 }
 
 TEST_F(SplineTest, DeletingTheOnlyPointOfAClosedSplineEmptiesIt) {
-  SegmentCP* a = At(0);
-  SegmentCP* first = figure_->Closed({a});
-  figure_->Unregister(a);
-  DeleteCP(&first, a);
+  SegmentCP* first = f.Closed({At(0)});
+  Delete(&first, first);
   EXPECT_EQ(first, nullptr);
 }
 
 TEST_F(SplineTest, DeletingAPointNotOnTheSplineChangesNothing) {
-  SegmentCP* a = At(0);
-  SegmentCP* b = At(1);
-  SegmentCP* stranger = At(5);
-  SegmentCP* first = figure_->Closed({a, b});
-  figure_->Open({stranger});
+  SegmentCP *a = At(0), *b = At(1), *stranger = At(5);
+  SegmentCP* first = f.Closed({a, b});
+  f.Open({stranger});
   const long live = MarrowLiveBlocks();
   DeleteCP(&first, stranger);
   SegmentCP* none = nullptr;
@@ -120,13 +89,11 @@ TEST_F(SplineTest, DeletingAPointNotOnTheSplineChangesNothing) {
 }
 
 TEST_F(SplineTest, DeletingAStackTopHandsItsPositionDown) {
-  SegmentCP* a = figure_->NewCP(Vector(1, 2, 3));
-  SegmentCP* b = figure_->NewCP(Vector(9, 9, 9));
-  SegmentCP* c = figure_->NewCP(Vector(8, 8, 8));
-  SegmentCP* first = figure_->Open({a});
-  figure_->Unregister(a);
-  figure_->Open({b});
-  figure_->Open({c});
+  SegmentCP *a = f.NewCP(Vector(1, 2, 3)), *b = f.NewCP(Vector(9, 9, 9)), *c = f.NewCP(Vector(8, 8, 8));
+  SegmentCP* first = f.Open({a});
+  f.Unregister(a);
+  f.Open({b});
+  f.Open({c});
   TestFigure::Stack({a, b, c});
   DeleteCP(&first, a);
   EXPECT_EQ(first, nullptr);
@@ -138,13 +105,13 @@ TEST_F(SplineTest, DeletingAStackTopHandsItsPositionDown) {
 }
 
 TEST_F(SplineTest, DeletingAMiddleMemberRelinksTheStack) {
-  SegmentCP* a = figure_->NewCP(Vector(1, 2, 3));
+  SegmentCP* a = f.NewCP(Vector(1, 2, 3));
   SegmentCP* h = At(0, cpflag::hook);
-  SegmentCP* c = figure_->NewCP(Vector(8, 8, 8));
-  figure_->Open({a});
-  SegmentCP* first = figure_->Open({h});
-  figure_->Unregister(h);
-  figure_->Open({c});
+  SegmentCP* c = f.NewCP(Vector(8, 8, 8));
+  f.Open({a});
+  SegmentCP* first = f.Open({h});
+  f.Unregister(h);
+  f.Open({c});
   TestFigure::Stack({a, h, c});
   EXPECT_TRUE(a->IsHasHooks());
   DeleteCP(&first, h);
@@ -155,15 +122,11 @@ TEST_F(SplineTest, DeletingAMiddleMemberRelinksTheStack) {
 }
 
 TEST_F(SplineTest, DeleteAllFreesAClosedSplineOnceAndLeavesStacksValid) {
-  SegmentCP* a = At(0);
-  SegmentCP* b = At(1);
-  SegmentCP* c = At(2);
-  SegmentCP* other = At(1);
-  SegmentCP* below = At(1);
-  figure_->Closed({a, b, c});
-  figure_->Unregister(a);
-  figure_->Open({other});
-  figure_->Open({below});
+  SegmentCP *a = At(0), *b = At(1), *c = At(2), *other = At(1), *below = At(1);
+  f.Closed({a, b, c});
+  f.Unregister(a);
+  f.Open({other});
+  f.Open({below});
   TestFigure::Stack({other, b, below});
   const long live = MarrowLiveBlocks();
   DeleteAllCP(a);

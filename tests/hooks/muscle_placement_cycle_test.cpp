@@ -6,34 +6,24 @@
 // does.
 #include <gtest/gtest.h>
 
-#include "expect_vector.h"
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
 
 using test::ExpectVector;
+using test::Neutral;
 using test::TestFigure;
-
-const Delta kNoTurn{0, 0, 1};
-
-SegmentCP* Point(TestFigure& f, Vector p) {
-  SegmentCP* c = f.NewCP(p);
-  c->indelta = c->outdelta = kNoTurn;
-  return c;
-}
 
 TEST(MusclePlacementCycle, RunsEndingOnEachOthersHooksReturn) {
   // c1 -> h2 and c2 -> h1, with h1 below c1 and h2 below c2: each segment
   // ends on a hook of the other. Every muscle and screen query returns, and
   // a placed hook stays where it is when asked again.
   TestFigure f;
-  SegmentCP* c1 = Point(f, Vector(0, 0, 0));
-  SegmentCP* c2 = Point(f, Vector(0, 4, 0));
-  HookSegmentCP* h1 = f.NewHook(0.25f);
-  HookSegmentCP* h2 = f.NewHook(0.75f);
-  h1->indelta = h1->outdelta = h2->indelta = h2->outdelta = kNoTurn;
+  SegmentCP* c1 = Neutral(f.NewCP(Vector(0, 0, 0)));
+  SegmentCP* c2 = Neutral(f.NewCP(Vector(0, 4, 0)));
+  HookSegmentCP* h1 = Neutral(f.NewHook(0.25f));
+  HookSegmentCP* h2 = Neutral(f.NewHook(0.75f));
   h1->p = Vector(1, 1, 0);
   h2->p = Vector(3, 3, 0);
   f.Open({c1, h2});

@@ -12,8 +12,7 @@
 #include <limits>
 #include <vector>
 
-#include "expect_vector.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
@@ -102,16 +101,7 @@ TEST(GetTangents, EveryCaseOfTheRule) {
     TestFigure fig;
     std::vector<SegmentCP*> cps;
     for (const At& a : c.spline) cps.push_back(fig.NewCP(Vector(a.x, a.y, a.z), a.flags));
-    for (std::size_t i = 1; i < cps.size(); ++i) {
-      cps[i - 1]->next = cps[i];
-      cps[i]->prev = cps[i - 1];
-    }
-    if (c.closed) {
-      cps.back()->next = cps.front();
-      cps.front()->prev = cps.back();
-      cps.back()->OnLoopEnd();
-    }
-    fig.Register(cps.front());  // linked as Open or Closed would
+    test::LinkSpline(fig, cps, c.closed);
     const Tangents t = Compute(cps[c.at]);
     EXPECT_EQ(t.result, c.result);
     ExpectVector(t.it, c.it);
