@@ -11,10 +11,9 @@
 #include <vector>
 
 #include "figure_invariants.h"
+#include "figure_test.h"
 #include "groups/group_edit.h"
-#include "marrow/marrow.h"
 #include "splinecore/splinecore.h"
-#include "test_figure.h"
 
 namespace splinecore {
 namespace {
@@ -24,13 +23,8 @@ using test::TestFigure;
 constexpr std::uint32_t kStale = cpflag::converted | cpflag::mconverted | cpflag::mpCached |
                                  cpflag::mitCached | cpflag::motCached;
 
-class GroupEditTest : public ::testing::Test {
+class GroupEditTest : public test::FigureTest {
  protected:
-  void TearDown() override {
-    fig_.reset();
-    EXPECT_EQ(MarrowLiveBlocks(), liveAtStart_);
-  }
-
   SegmentCP* P(float x = 0) { return made_.emplace_back(f.NewCP(Vector(x, 0, 0))); }
   template <std::size_t N>
   std::array<SegmentCP*, N> Ps() {
@@ -76,9 +70,6 @@ class GroupEditTest : public ::testing::Test {
     }
   }
 
-  long liveAtStart_ = MarrowLiveBlocks();
-  std::unique_ptr<TestFigure> fig_ = std::make_unique<TestFigure>();
-  TestFigure& f = *fig_;
   GroupNode*& group = f.cache.groupList;
   std::vector<SegmentCP*> made_;
 };
@@ -96,9 +87,7 @@ TEST_F(GroupEditTest, SmoothGroupCopiesOutdeltaAndPeakGroupKeepsDeltasNeitherTou
   SmoothGroup(group);
   EXPECT_TRUE(a->IsSmooth());
   EXPECT_FALSE(b->IsSmooth());
-  EXPECT_EQ(a->indelta.pitch, -4.0f);
-  EXPECT_EQ(a->indelta.yaw, 5.5f);
-  EXPECT_EQ(a->indelta.magnitude, 0.25f);
+  test::ExpectDelta(a->indelta, -4.0f, 5.5f, 0.25f);
   EXPECT_EQ(a->outdelta.pitch, -4.0f);
   a->indelta = {1, 2, 3};
   PeakGroup(group);

@@ -4,17 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include "marrow/marrow.h"
-#include "test_figure.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
 
-std::vector<SegmentCP*> Members(const GroupNode* list) {
-  std::vector<SegmentCP*> out;
-  for (; list != nullptr; list = list->next) out.push_back(list->cp);
-  return out;
-}
+using Members = std::vector<SegmentCP*>;
+using test::Listed;
 
 class GroupListTest : public ::testing::Test {
  protected:
@@ -41,7 +37,7 @@ TEST_F(GroupListTest, AddAppendsOnceAndMarksOnRequest) {
   EXPECT_EQ(a_.AddToGroup(&list_, 0), 1);
   EXPECT_EQ(b_.AddToGroup(&list_, 1), 1);
   EXPECT_EQ(a_.AddToGroup(&list_, 1), 1);  // already listed: nothing changes
-  EXPECT_EQ(Members(list_), (std::vector<SegmentCP*>{&a_, &b_}));
+  EXPECT_EQ(Listed(list_), (Members{&a_, &b_}));
   EXPECT_FALSE(a_.IsGrouped());
   EXPECT_TRUE(b_.IsGrouped());
 }
@@ -50,7 +46,7 @@ TEST_F(GroupListTest, NoCheckPrependsDuplicatesWithoutFlag) {
   a_.AddToGroup(&list_, 1);
   EXPECT_EQ(b_.AddToGroupNoCheck(&list_), 1);
   EXPECT_EQ(b_.AddToGroupNoCheck(&list_), 1);
-  EXPECT_EQ(Members(list_), (std::vector<SegmentCP*>{&b_, &b_, &a_}));
+  EXPECT_EQ(Listed(list_), (Members{&b_, &b_, &a_}));
   EXPECT_FALSE(b_.IsGrouped());
 }
 
@@ -60,13 +56,13 @@ TEST_F(GroupListTest, DeleteRemovesTheFirstNodeOnlyAndClearsTheFlag) {
   b_.AddToGroupNoCheck(&list_);
   b_.OnGrouped();
   EXPECT_EQ(b_.DeleteFromGroup(&list_), 1);
-  EXPECT_EQ(Members(list_), (std::vector<SegmentCP*>{&b_, &a_}));
+  EXPECT_EQ(Listed(list_), (Members{&b_, &a_}));
   EXPECT_FALSE(b_.IsGrouped());  // cleared although b is still listed
   c_.OnGrouped();
   EXPECT_EQ(c_.DeleteFromGroup(&list_), 0);
   EXPECT_TRUE(c_.IsGrouped());  // not listed: flag unchanged
   EXPECT_EQ(a_.DeleteFromGroup(&list_), 1);  // the last node
-  EXPECT_EQ(Members(list_), (std::vector<SegmentCP*>{&b_}));
+  EXPECT_EQ(Listed(list_), (Members{&b_}));
 }
 
 TEST_F(GroupListTest, FreeGroupEmptiesTheListAndKeepsFlags) {
@@ -84,7 +80,7 @@ TEST_F(GroupListTest, NoMemoryLeavesTheListAsItWas) {
   EXPECT_EQ(b_.AddToGroupNoCheck(&list_), 0);
   EXPECT_EQ(b_.AddToGroup(&list_, 1), 1);
   MarrowFailAfter(-1);
-  EXPECT_EQ(Members(list_), (std::vector<SegmentCP*>{&a_}));
+  EXPECT_EQ(Listed(list_), (Members{&a_}));
   EXPECT_FALSE(b_.IsGrouped());
 }
 

@@ -9,31 +9,24 @@
 #include <vector>
 
 #include "figure_invariants.h"
+#include "figure_test.h"
 #include "groups/reverse_hook_run.h"
-#include "marrow/marrow.h"
 #include "splinecore/splinecore.h"
-#include "test_figure.h"
 
 namespace splinecore {
 namespace {
 
+using test::ExpectDelta;
 using test::ExpectFigureInvariants;
+using test::Listed;
 using test::TestFigure;
 using CPs = std::vector<SegmentCP*>;
 
-class SliceTest : public ::testing::Test {
+class SliceTest : public test::FigureTest {
  protected:
   void TearDown() override {
     while (slices != nullptr) DeleteSlice(&slices, slices);
-    fig_.reset();
-    EXPECT_EQ(MarrowLiveBlocks(), liveAtStart_);
-  }
-
-  template <std::size_t N>
-  std::array<SegmentCP*, N> Ps() {
-    std::array<SegmentCP*, N> out;
-    for (SegmentCP*& c : out) c = f.NewCP(Vector(0, 0, 0));
-    return out;
+    FigureTest::TearDown();
   }
   // Hooks with the given s, each on a spline of its own (so the figure deletes it).
   template <std::size_t N>
@@ -54,11 +47,6 @@ class SliceTest : public ::testing::Test {
     f.Register(slice->first);
   }
 
-  static CPs Listed(GroupNode* list) {
-    CPs out;
-    for (; list != nullptr; list = list->next) out.push_back(list->cp);
-    return out;
-  }
   // The stack below x, top to bottom (x excluded).
   static CPs Below(SegmentCP* x) {
     CPs out;
@@ -83,15 +71,7 @@ class SliceTest : public ::testing::Test {
   static void ExpectS(std::initializer_list<std::pair<HookSegmentCP*, float>> expected) {
     for (const auto& [h, s] : expected) EXPECT_EQ(h->s, s) << "hook made with " << h;
   }
-  static void ExpectDelta(const Delta& d, float pitch, float yaw, float magnitude) {
-    EXPECT_EQ(d.pitch, pitch);
-    EXPECT_EQ(d.yaw, yaw);
-    EXPECT_EQ(d.magnitude, magnitude);
-  }
 
-  long liveAtStart_ = MarrowLiveBlocks();
-  std::unique_ptr<TestFigure> fig_ = std::make_unique<TestFigure>();
-  TestFigure& f = *fig_;
   GroupNode*& group = f.cache.groupList;
   Slice* slices = nullptr;
 };
@@ -111,7 +91,7 @@ TEST_F(SliceTest, AddSliceAppendsEmptyRecords) {
   EXPECT_EQ(a->next, b);
   EXPECT_EQ(b->first, nullptr);
   EXPECT_EQ(b->next, nullptr);
-  EXPECT_EQ(MarrowLiveBlocks(), liveAtStart_ + 2 + 1);  // two slices, one control point
+  EXPECT_EQ(MarrowLiveBlocks(), live_ + 2 + 1);  // two slices, one control point
 }
 
 TEST_F(SliceTest, AddSliceWithoutMemoryLeavesTheListAlone) {

@@ -41,6 +41,13 @@ inline SegmentCP* LinkSpline(TestFigure& f, const std::vector<SegmentCP*>& cps, 
   return cps[0];
 }
 
+// The control points of a group list, in list order.
+inline std::vector<SegmentCP*> Listed(const GroupNode* list) {
+  std::vector<SegmentCP*> out;
+  for (; list != nullptr; list = list->next) out.push_back(list->cp);
+  return out;
+}
+
 inline void ExpectDelta(const Delta& d, float pitch, float yaw, float magnitude) {
   EXPECT_EQ(d.pitch, pitch);
   EXPECT_EQ(d.yaw, yaw);
