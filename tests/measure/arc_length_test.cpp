@@ -11,20 +11,9 @@ namespace {
 
 using ArcLength = MeasureFigure;
 
-// A right triangle whose view-space sides are 3 (q0-q1), 5 (q1-q2) and
-// 4 (q2-q0). Peaked points make each segment straight, with both end
-// derivatives half its chord.
-struct Triangle {
-  SegmentCP* q0;
-  SegmentCP* q1;
-  SegmentCP* q2;
-};
-
+// Over the right triangle of MeasureFigure.
 class SplineLength : public MeasureFigure {
  protected:
-  Triangle Points() {
-    return {Peaked(Vector(0, 0, 0)), Peaked(Vector(1.5f, 0, 0)), Peaked(Vector(0, 2, 0))};
-  }
   // 30-chord lengths of the three straight segments.
   static constexpr float kL0 = 0x1.800008p+1f;  // q0's segment, ~3
   static constexpr float kL1 = 5.0f;            // q1's segment
@@ -40,21 +29,11 @@ TEST_F(ArcLength, StraightSegmentMeasuresItsChordUpToRounding) {
   EXPECT_EQ(MarrowLiveBlocks(), live);  // measuring allocates nothing
 }
 
-TEST_F(ArcLength, UniformStraightSegment) {
-  // View: n at the origin, c at (3, 0, 0), both derivatives (3, 0, 0).
-  const Vector d(0, -1.5f, 0);
-  SegmentCP* c = WithTangents(Vector(2, 3.5f, -0.5f), d, d);
-  fig.Open({c, WithTangents(Vector(2, 5, -0.5f), d, d)});
-  EXPECT_EQ(CurveLength(c), 0x1.7ffffap+1f);
-}
+TEST_F(ArcLength, UniformStraightSegment) { EXPECT_EQ(CurveLength(UniformStraight()), 0x1.7ffffap+1f); }
 
 // Chords are the double square roots, not rounded; only the running sum is
 // rounded. Rounding each chord to float first would give 0x1.f1fe56p+2.
-TEST_F(ArcLength, ChordsEnterTheSumUnrounded) {
-  SegmentCP* c = WithTangents(Vector(2, 3, 1), Vector(0.5f, 1.75f, -1), Vector(0, 0, 0));
-  fig.Open({c, WithTangents(Vector(0, 0, 0), Vector(0, 0, 0), Vector(1.25f, -0.5f, 0.75f))});
-  EXPECT_EQ(CurveLength(c), 0x1.f1fe54p+2f);
-}
+TEST_F(ArcLength, ChordsEnterTheSumUnrounded) { EXPECT_EQ(CurveLength(Curved()), 0x1.f1fe54p+2f); }
 
 TEST_F(SplineLength, LonePointMeasuresOneAndItsSegmentZero) {
   SegmentCP* lone = Peaked(Vector(1, 2, 3));
@@ -64,20 +43,20 @@ TEST_F(SplineLength, LonePointMeasuresOneAndItsSegmentZero) {
 }
 
 TEST_F(SplineLength, OpenSplineSumsItsSegmentsToTheLastPoint) {
-  const Triangle t = Points();
-  fig.Open({t.q0, t.q1, t.q2});
-  EXPECT_EQ(GetTotalLength(t.q0), 0x1.000002p+3f);  // float(kL0 + kL1)
-  EXPECT_EQ(GetTotalLength(t.q1), kL1);
-  EXPECT_EQ(GetTotalLength(t.q2), 1.0f);  // the last point has no next
+  auto [q0, q1, q2] = Triangle();
+  fig.Open({q0, q1, q2});
+  EXPECT_EQ(GetTotalLength(q0), 0x1.000002p+3f);  // float(kL0 + kL1)
+  EXPECT_EQ(GetTotalLength(q1), kL1);
+  EXPECT_EQ(GetTotalLength(q2), 1.0f);  // the last point has no next
 }
 
 TEST_F(SplineLength, ClosedSplineIncludesTheClosingSegmentOnceAndStopsAfterLoopEnd) {
-  const Triangle t = Points();
-  fig.Closed({t.q0, t.q1, t.q2});
-  EXPECT_EQ(GetTotalLength(t.q0), 12.0f);  // float(float(kL0 + kL1) + kL2)
-  EXPECT_EQ(CurveLength(t.q2), kL2);
-  EXPECT_EQ(GetTotalLength(t.q1), 9.0f);  // kL1 + kL2, not around to q0
-  EXPECT_EQ(GetTotalLength(t.q2), kL2);
+  auto [q0, q1, q2] = Triangle();
+  fig.Closed({q0, q1, q2});
+  EXPECT_EQ(GetTotalLength(q0), 12.0f);  // float(float(kL0 + kL1) + kL2)
+  EXPECT_EQ(CurveLength(q2), kL2);
+  EXPECT_EQ(GetTotalLength(q1), 9.0f);  // kL1 + kL2, not around to q0
+  EXPECT_EQ(GetTotalLength(q2), kL2);
 }
 
 }  // namespace

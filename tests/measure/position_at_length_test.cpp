@@ -10,25 +10,10 @@ namespace {
 
 class PositionAtLength : public MeasureFigure {
  protected:
-  // One straight segment: in view space n at the origin, c at (3, 0, 0),
-  // both derivatives (3, 0, 0); its 30-chord length is 0x1.7ffffap+1.
-  SegmentCP* UniformStraight() {
-    const Vector d(0, -1.5f, 0);
-    SegmentCP* c = WithTangents(Vector(2, 3.5f, -0.5f), d, d);
-    fig.Open({c, WithTangents(Vector(2, 5, -0.5f), d, d)});
-    return c;
-  }
-  // One curved segment: view p0 = (10, -4, 1), p1 = (4, 0, 3),
-  // t0 = (1, 2.5, 1.5), t1 = (-3.5, 1, -2); length 0x1.f1fe54p+2.
-  SegmentCP* Curved() {
-    SegmentCP* c = WithTangents(Vector(2, 3, 1), Vector(0.5f, 1.75f, -1), Vector(0, 0, 0));
-    fig.Open({c, WithTangents(Vector(0, 0, 0), Vector(0, 0, 0), Vector(1.25f, -0.5f, 0.75f))});
-    return c;
-  }
-  // Peaked open spline with view-space sides 3 and 5 (segment lengths
-  // 0x1.800008p+1 and 5); view positions (10, -4, 1), (10, -1, 1), (6, -4, 1).
+  // The triangle open at q2: segment lengths 0x1.800008p+1 and 5.
   SegmentCP* OpenTriangle() {
-    return fig.Open({Peaked(Vector(0, 0, 0)), Peaked(Vector(1.5f, 0, 0)), Peaked(Vector(0, 2, 0))});
+    auto [q0, q1, q2] = Triangle();
+    return fig.Open({q0, q1, q2});
   }
 
   Vector position{-7, -7, -7};
@@ -87,9 +72,8 @@ TEST_F(PositionAtLength, TheWholeLengthGivesTheFarEndAndItsOutTangent) {
 }
 
 TEST_F(PositionAtLength, ClosedSplineEndsAtTheFirstPointAfterLoopEnd) {
-  SegmentCP* q0 = Peaked(Vector(0, 0, 0));
-  SegmentCP* q1 = Peaked(Vector(1.5f, 0, 0));
-  fig.Closed({q0, q1, Peaked(Vector(0, 2, 0))});
+  auto [q0, q1, q2] = Triangle();
+  fig.Closed({q0, q1, q2});
   // From q1: its segment (5) and the closing one (~4); then q0 is the far end.
   EXPECT_EQ(PositionDirectionFromSubLength(q1, 100.0f, &position, &direction), 9.0f);
   ExpectVector(position, 10, -4, 1);  // V(q0)
