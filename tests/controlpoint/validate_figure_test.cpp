@@ -7,9 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "marrow/marrow.h"
+#include "figure_test.h"
 #include "splinecore/splinecore.h"
-#include "test_figure.h"
 
 namespace splinecore {
 namespace {
@@ -28,24 +27,15 @@ struct Figure {
     b1 = f.NewCP(Vector(4, -3, 1));
     h = f.NewHook(0.5f);
     g = f.NewCP(Vector(1, -2, 0));
-    Link({a0, a1, a2});
-    a2->next = a0;
-    a0->prev = a2;
-    a2->OnLoopEnd();
-    Link({b0, b1});
-    Link({h, g});
+    test::Link({a0, a1, a2}, true);
+    test::Link({b0, b1}, false);
+    test::Link({h, g}, false);
     test::TestFigure::Stack({a1, h, b0});
   }
   // Not registered with the test figure: a broken spline must not be walked
   // at teardown, so every point is deleted on its own.
   ~Figure() {
     for (SegmentCP* c : {a0, a1, a2, b0, b1, g, static_cast<SegmentCP*>(h)}) delete c;
-  }
-  static void Link(std::vector<SegmentCP*> cps) {
-    for (std::size_t i = 0; i < cps.size(); ++i) {
-      cps[i]->prev = i > 0 ? cps[i - 1] : nullptr;
-      cps[i]->next = i + 1 < cps.size() ? cps[i + 1] : nullptr;
-    }
   }
   std::vector<FigureViolation> Validate() {
     std::vector<FigureViolation> found;

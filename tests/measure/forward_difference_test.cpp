@@ -20,12 +20,7 @@ Cubic CurvedPiece() {
 
 // A column whose z members hold sentinels the plane operations must keep.
 Column ColumnWithZ() {
-  Column col;
-  col.p = Vector(0, 0, 11.0f);
-  col.d1 = Vector(0, 0, 12.0f);
-  col.d2 = Vector(0, 0, 13.0f);
-  col.d3 = Vector(0, 0, 14.0f);
-  return col;
+  return Column{Vector(0, 0, 11.0f), Vector(0, 0, 12.0f), Vector(0, 0, 13.0f), Vector(0, 0, 14.0f)};
 }
 
 // Hex floats in this file come from a python3 emulation of the arithmetic

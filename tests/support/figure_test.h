@@ -28,16 +28,19 @@ T* Neutral(T* cp) {
   return cp;
 }
 
-// Links cps into one spline (closed: loopEnd on the last) as Open or Closed
-// would, and registers it with f for deletion. Returns the first point.
-inline SegmentCP* LinkSpline(TestFigure& f, const std::vector<SegmentCP*>& cps, bool closed) {
+// Links cps into one spline (closed: loopEnd on the last) as TestFigure's
+// Open or Closed would; LinkSpline also registers it with f for deletion.
+inline SegmentCP* Link(const std::vector<SegmentCP*>& cps, bool closed) {
   const std::size_t n = cps.size();
   for (std::size_t i = 0; i < n; ++i) {
     cps[i]->prev = i > 0 ? cps[i - 1] : closed ? cps[n - 1] : nullptr;
     cps[i]->next = i + 1 < n ? cps[i + 1] : closed ? cps[0] : nullptr;
   }
   if (closed) cps[n - 1]->OnLoopEnd();
-  f.Register(cps[0]);
+  return cps[0];
+}
+inline SegmentCP* LinkSpline(TestFigure& f, const std::vector<SegmentCP*>& cps, bool closed) {
+  f.Register(Link(cps, closed));
   return cps[0];
 }
 
