@@ -168,11 +168,16 @@ class SPLINECORE_API SegmentCP {
   Vector& Getot();        // model out-tangent
   Vector& Getscreenit();  // screen in-handle point
   Vector& Getscreenot();  // screen out-handle point
-  // Muscle handle points Getmp(head) -/+ tangent/3 for the tangents MConvert
-  // last wrote. A getter whose flag is clear always runs MConvert (setting
-  // mconverted, mitCached and motCached first) and converts BOTH members, so
-  // Getmit + Getmot cost one MConvert and a cleared flag never converts a
-  // handle point twice. No generation check. Hooks as for Getit.
+  // Muscle handle points Getmp(head) -/+ tangent/3. The first getter after
+  // a Touch (mconverted clear) runs MConvert, which writes both tangents, and
+  // converts only its own member in place; the other member keeps its tangent
+  // until its own getter converts it, from the head's position at that time.
+  // A getter whose flag is found clear always refreshes the hook runs of next
+  // and prev first. When both flags are clear while mconverted is set
+  // (OffCachedmitot, OffCachedmpitot, a hook run re-placed), the members may
+  // already hold handle points: the getter then runs MConvert again rather
+  // than converting a handle point twice, so no member is converted twice and
+  // no set flag ever guards a tangent. No generation check. Hooks as for Getit.
   Vector& Getmit();
   Vector& Getmot();
 

@@ -95,33 +95,39 @@ bool PrepareMuscleTangents(SegmentCP* c) {
   return true;
 }
 
-// Converts c and turns both fresh tangents into handle points. Both handle
-// flags are set before MConvert (so re-entry gets the members in place) and
-// again afterwards: re-placing c's own hook run while MConvert asks for c's
-// position clears them, yet the members now hold handle points for the
-// tangents just written.
-void MuscleHandles(SegmentCP* c) {
-  const std::uint32_t handleFlags = cpflag::mitCached | cpflag::motCached;
-  c->OnMconverted();
-  c->flags |= handleFlags;
-  c->MConvert();
-  Vector in = c->mit * kInThird;
-  Vector out = c->mot * kOutThird;
-  in += c->head->Getmp();
-  out += c->head->Getmp();
-  c->mit = in;
-  c->mot = out;
-  c->flags |= handleFlags;
+// Turns a member holding a muscle tangent into its handle point, in place:
+// Getmp(head) plus tangent * third.
+void ToHandle(SegmentCP* c, Vector& member, float third) {
+  Vector handle = member * third;
+  handle += c->head->Getmp();
+  member = handle;
 }
 
-Vector& MuscleHandle(SegmentCP* c, Vector& member, std::uint32_t cachedFlag) {
-  if ((c->flags & cachedFlag) != 0) return member;
-  c->flags |= cachedFlag;
+// Getmit/Getmot: `member` with its flag and factor, `other` the opposite
+// side's member and flag.
+Vector& MuscleHandle(SegmentCP* c, Vector& member, std::uint32_t flag, float third, Vector& other,
+                     std::uint32_t otherFlag, float otherThird) {
+  if ((c->flags & flag) != 0) return member;
+  c->flags |= flag;
   if (!PrepareMuscleTangents(c)) {
     member = Vector(0.0f, 0.0f, 0.0f);
     return member;
   }
-  MuscleHandles(c);
+  // With mconverted set, `member` holds a tangent only when the other side's
+  // getter ran MConvert and left it (that getter's flag is then set). With
+  // both flags clear (OffCachedmitot, or a re-placed hook) the members may
+  // hold handle points already, so MConvert runs again instead.
+  if (!c->IsMconverted() || (c->flags & otherFlag) == 0) {
+    c->OnMconverted();
+    c->MConvert();
+    // A getter of the other side re-entered during MConvert claims a handle
+    // point where MConvert has just written a tangent.
+    if ((c->flags & otherFlag) != 0) ToHandle(c, other, otherThird);
+  }
+  ToHandle(c, member, third);
+  // Re-placing c's own run while its position was asked cleared the flag;
+  // the member now holds the handle point for the tangent just converted.
+  c->flags |= flag;
   return member;
 }
 
@@ -145,8 +151,12 @@ Vector& SegmentCP::Getscreenot() {
   return ScreenHandle(this, screenot, cpflag::screenotCached, ot, cpflag::otCached, kOutThird);
 }
 
-Vector& SegmentCP::Getmit() { return MuscleHandle(this, mit, cpflag::mitCached); }
+Vector& SegmentCP::Getmit() {
+  return MuscleHandle(this, mit, cpflag::mitCached, kInThird, mot, cpflag::motCached, kOutThird);
+}
 
-Vector& SegmentCP::Getmot() { return MuscleHandle(this, mot, cpflag::motCached); }
+Vector& SegmentCP::Getmot() {
+  return MuscleHandle(this, mot, cpflag::motCached, kOutThird, mit, cpflag::mitCached, kInThird);
+}
 
 }  // namespace splinecore

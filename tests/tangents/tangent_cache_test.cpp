@@ -156,15 +156,72 @@ TEST_F(TangentCacheTest, MuscleHandlesOfAPlainPointAndTheirCache) {
   SegmentCP* cp = CP(1, 1, 1);
   f.Open({cp, CP(-5, 1, 1)});
   ExpectVector(cp->Getmit(), Vector(0, 1, 1));
-  // Getmit converted both members: Getmot does no work.
-  cp->mot = kSentinel;
-  ExpectVector(cp->Getmot(), kSentinel);
   EXPECT_EQ(&cp->Getmit(), &cp->mit);
-  ExpectVector(cp->mit, Vector(0, 1, 1));
   // No generation check.
   ++f.cache.generation;
   cp->mit = kSentinel;
   ExpectVector(cp->Getmit(), kSentinel);
+}
+
+// Smooth a(0,0,0) -> c(2,1,0) -> b(4,0,0): equal chords, so c's muscle
+// tangents are both (a - b)/2 = (-2,0,0).
+class MuscleSidesTest : public TangentCacheTest {
+ protected:
+  void SetUp() override {
+    f.SetMuscleMode(true);
+    f.Open({a = Smooth(0, 0), c = Smooth(2, 1), b = Smooth(4, 0)});
+  }
+  SegmentCP* Smooth(float x, float y) { return test::Neutral(f.NewCP(Vector(x, y, 0), cpflag::smooth)); }
+  SegmentCP *a = nullptr, *c = nullptr, *b = nullptr;
+};
+
+TEST_F(MuscleSidesTest, FirstGetterConvertsOnlyItsOwnSide) {
+  ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
+  EXPECT_EQ(c->flags & cpflag::motCached, 0u);
+  ExpectVector(c->mot, Vector(-2, 0, 0));  // still the tangent
+  // The other side converts its tangent from the head's position now.
+  c->p.x += 1;
+  ExpectVector(c->Getmot(), Vector(2.3333333f, 1, 0));
+  ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));  // served from the cache
+}
+
+TEST_F(MuscleSidesTest, OffCachedmitotNeverConvertsAHandleTwice) {
+  // After one side's getter, after both, and after OffCachedmitot between
+  // them: every answer is position -/+ tangent/3, never a handle converted
+  // again, and a set flag never guards a tangent.
+  for (int order = 0; order < 3; ++order) {
+    SCOPED_TRACE(order);
+    c->Touch(0);
+    if (order >= 1) c->Getmit();
+    if (order >= 2) c->Getmot();
+    c->OffCachedmitot();
+    ExpectVector(c->Getmot(), Vector(1.3333333f, 1, 0));
+    ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
+    c->OffCachedmitot();
+    ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
+    ExpectVector(c->Getmot(), Vector(1.3333333f, 1, 0));
+  }
+}
+
+TEST_F(MuscleSidesTest, SecondGetterPlacesATouchedHookOnNext) {
+  // c's next is a hook k at s 0.5 on carrier D(0,0,0) -> E(4,0,0) (straight,
+  // so k sits at the midpoint (2,0,0)).
+  TestFigure g;
+  g.SetMuscleMode(true);
+  SegmentCP* d = test::Neutral(g.NewCP(Vector(0, 0, 0)));
+  SegmentCP* e = test::Neutral(g.NewCP(Vector(4, 0, 0)));
+  HookSegmentCP* k = g.NewHook(0.5f);
+  test::Neutral(k);
+  SegmentCP* start = test::Neutral(g.NewCP(Vector(2, 1, 0)));
+  g.Open({d, e});
+  g.Open({start, k});
+  TestFigure::Stack({d, k});
+  start->Getmit();
+  k->Touch(0);
+  k->p = kSentinel;
+  start->Getmot();
+  EXPECT_TRUE(k->IsMpCached());
+  ExpectVector(k->p, Vector(2, 0, 0));
 }
 
 TEST_F(TangentCacheTest, MuscleHandlesSurviveOffCachedmitot) {
