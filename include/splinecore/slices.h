@@ -30,14 +30,19 @@ SPLINECORE_API Slice* MatchSliceCP(Slice* list, SegmentCP* cp);
 // `exempt` control points are skipped.
 SPLINECORE_API void GroupSlice(Slice* list, SegmentCP* cp, GroupNode** group);
 // Reverses the slice's spline: links, loopEnd, deltas (exchanged, angles
-// negated), and hands every run of hooks, reversed and with s mirrored, to
-// its new carrier. Every control point of the spline is touched (mode 0); the
-// hooks handed over are not (touch them, e.g. GroupSlice + ConvertGroup). A
-// carrier that has no prev after reversal, or whose prev is a hook (hooks
-// carry no runs), keeps its run where it is, unreversed: such a carrier ends
-// up without a next and ValidateFigure reports it. A carrier whose hasHooks
-// is set without a hook below it is skipped. A null slice or one without a
-// first control point is left unchanged.
+// negated), and hands every run of hooks, reversed and with s mirrored, to X,
+// its carrier's prev after the reversal (the new carrier of the same
+// segment), even when X is itself a hook: the run then hangs directly below
+// that hook and belongs to X's carrier. Every control point of the spline is
+// touched (mode 0); the hooks handed over are not (touch them, e.g.
+// GroupSlice + ConvertGroup). Exceptions, where the rule has no valid
+// answer: a carrier without a prev after the reversal, or whose X is one of
+// its own run's hooks (the run would hang below itself, a stack cycle),
+// keeps its run where it is, unreversed; on a closed spline, a run that
+// other runs' hand-overs have made hold its own X stays reversed under its
+// carrier. A carrier whose hasHooks is set without a hook below it is
+// skipped. A null slice or one without a first control point is left
+// unchanged.
 SPLINECORE_API void ReverseSlice(Slice* slice);
 
 }  // namespace splinecore

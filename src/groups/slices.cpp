@@ -44,53 +44,97 @@ void ReverseOne(SegmentCP* c) {
   c->outdelta = {-in.pitch, -in.yaw, in.magnitude};
 }
 
-struct DetachedRun {
-  SegmentCP* first;  // R: the former first hook, now the lowest
-  SegmentCP* last;   // H: the former last hook, now the highest
-};
+bool CarriesRun(const SegmentCP* c) {
+  return c->IsHasHooks() && c->stackNext != nullptr && c->stackNext->IsHook();
+}
 
-// Reverses carrier c's run and closes the gap under c.
-DetachedRun DetachRun(SegmentCP* c) {
+// Whether x is one of the hooks hanging directly below carrier c.
+bool InRunOf(const SegmentCP* c, const SegmentCP* x) {
+  for (const SegmentCP* h = c->stackNext; h != nullptr && h->IsHook(); h = h->stackNext) {
+    if (h == x) return true;
+  }
+  return false;
+}
+
+// A run stays with its carrier when the carrier has no new prev X, or when
+// X is one of the run's own hooks (hanging the run below X would link the
+// stack into a cycle).
+bool KeepsRun(const SegmentCP* c) { return c->prev == nullptr || InRunOf(c, c->prev); }
+
+// Reverses carrier c's run where it hangs: c -> H ... R -> B, s mirrored.
+void ReverseRunInPlace(SegmentCP* c) {
   SegmentCP* r = c->stackNext;
   SegmentCP* below = r;
   while (below != nullptr && below->IsHook()) below = below->stackNext;
   SegmentCP* h = ReverseHookRun(r);
+  c->stackNext = h;
+  h->stackPrev = c;
+  r->stackNext = below;
+  if (below != nullptr) below->stackPrev = r;
+}
+
+struct Run {
+  SegmentCP* top;
+  SegmentCP* bottom;
+};
+
+// Takes c's run (every hook below c, however it got there) from c and
+// closes the gap.
+Run DetachRun(SegmentCP* c) {
+  Run run{c->stackNext, c->stackNext};
+  while (run.bottom->stackNext != nullptr && run.bottom->stackNext->IsHook()) run.bottom = run.bottom->stackNext;
+  SegmentCP* below = run.bottom->stackNext;
   c->stackNext = below;
   if (below != nullptr) below->stackPrev = c;
   c->OffHasHooks();
   c->SetHead();
-  return {r, h};
+  return run;
 }
 
 // Hangs a detached run directly under x, above x's former stackNext.
-void HangRun(const DetachedRun& run, SegmentCP* x) {
-  run.first->stackNext = x->stackNext;
-  if (x->stackNext != nullptr) x->stackNext->stackPrev = run.first;
-  x->stackNext = run.last;
-  run.last->stackPrev = x;
+void HangRun(const Run& run, SegmentCP* x) {
+  run.bottom->stackNext = x->stackNext;
+  if (x->stackNext != nullptr) x->stackNext->stackPrev = run.bottom;
+  x->stackNext = run.top;
+  run.top->stackPrev = x;
   x->OnHasHooks();
   x->SetHead();
 }
 
-// Hands every run of hooks to its carrier's new prev (the former next). The
-// walk visits each new carrier before the carrier that gives it a run, so a
-// run never moves twice; on a closed spline only the first point's new
-// carrier (the last point) comes later, so that run is hung at the end.
-void MoveHookRuns(SegmentCP* first, bool closed) {
-  DetachedRun deferred{nullptr, nullptr};
-  for (SegmentCP* c = first; c != nullptr; c = WalkNext(c)) {
-    // A run stays where it is when its new carrier would be missing or a
-    // hook: hooks carry no runs.
-    if (!c->IsHasHooks() || c->prev == nullptr || c->prev->IsHook()) continue;
-    if (c->stackNext == nullptr || !c->stackNext->IsHook()) continue;
-    const DetachedRun run = DetachRun(c);
-    if (closed && c == first) {
-      deferred = run;
-    } else {
-      HangRun(run, c->prev);
-    }
+bool RunHolds(const Run& run, const SegmentCP* x) {
+  for (const SegmentCP* h = run.top;; h = h->stackNext) {
+    if (h == x) return true;
+    if (h == run.bottom) return false;
   }
-  if (deferred.first != nullptr) HangRun(deferred, first->prev);
+}
+
+// Hands every run of hooks, reversed, to X, its carrier's new prev (the
+// former next). On an open spline one walk in the new order reverses and
+// moves each run: X comes before its carrier and has already given its own
+// run away. On a closed spline every run is reversed before any moves; the
+// first point gives its run away first and hangs it last, under the last
+// point. A run handed to a hook of a run not yet moved moves with that hook.
+void MoveHookRuns(SegmentCP* first, bool closed) {
+  if (!closed) {
+    for (SegmentCP* c = first; c != nullptr; c = WalkNext(c)) {
+      if (!CarriesRun(c) || KeepsRun(c)) continue;
+      ReverseRunInPlace(c);
+      HangRun(DetachRun(c), c->prev);
+    }
+    return;
+  }
+  for (SegmentCP* c = first; c != nullptr; c = WalkNext(c)) {
+    if (CarriesRun(c) && !KeepsRun(c)) ReverseRunInPlace(c);
+  }
+  const bool firstMoves = CarriesRun(first) && !KeepsRun(first);
+  const Run firstRun = firstMoves ? DetachRun(first) : Run{nullptr, nullptr};
+  for (SegmentCP* c = WalkNext(first); c != nullptr; c = WalkNext(c)) {
+    if (CarriesRun(c) && !KeepsRun(c)) HangRun(DetachRun(c), c->prev);
+  }
+  if (!firstMoves) return;
+  // Runs handed to hooks of the first point's run may have brought its X
+  // into it: then it goes back under the first point.
+  HangRun(firstRun, RunHolds(firstRun, first->prev) ? first : first->prev);
 }
 
 }  // namespace

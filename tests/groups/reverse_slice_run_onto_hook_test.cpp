@@ -1,11 +1,7 @@
-// Fault found by fuzzing: ReverseSlice handed a carrier's run to the
-// carrier's former next even when that point is itself a hook. When the hook
-// belonged to the run, the run was hung below one of its own hooks and the
-// stack became a cycle that SetHead walked for ever; otherwise the run took
-// the other run's carrier, and a later reversal made the cycle. Hooks carry
-// no runs, so such a run now stays where it is: the reversal returns, the
-// stacks stay acyclic, and the validator reports the carrier left without a
-// next (a figure that cannot be reversed into a valid one).
+// Reversal hands each run to X, its carrier's new prev, even when X is a
+// hook. Faults found by fuzzing: handing a run to a hook of the same run
+// linked the stack into a cycle that SetHead walked for ever; such a run now
+// stays where it is.
 #include <set>
 #include <vector>
 
@@ -48,20 +44,57 @@ TEST(ReverseSliceRunOntoHook, SecondReversalReturnsWithAcyclicStacks) {
   Slice* second = AddSlice(&list);
   second->first = b;
 
-  ReverseSlice(second);  // b's new prev is the hook h3: b keeps [h1]
-  ReverseSlice(first);   // a's new prev is the hook h1: a keeps [h4, h3]
-  EXPECT_EQ(b->stackNext, h1);
-  EXPECT_EQ(h1->stackPrev, b);
+  ReverseSlice(second);  // b's new prev is the hook h3: h1 hangs below it
+  EXPECT_EQ(b->stackNext, nullptr);
+  EXPECT_EQ(h3->stackNext, h1);
+  ReverseSlice(first);  // a's new prev h1 is in a's run [h4, h3, h1]: kept
   EXPECT_EQ(a->stackNext, h4);
-  EXPECT_EQ(h3->stackNext, nullptr);
-  // b now ends its spline while carrying a run: only that is reported.
-  EXPECT_EQ(Rules({first->first, second->first}), std::set<FigureRule>{FigureRule::kHookCarrier});
+  EXPECT_EQ(h4->stackNext, h3);
+  EXPECT_EQ(h3->stackNext, h1);
+  EXPECT_EQ(h1->stackNext, nullptr);
+  EXPECT_EQ(h4->s, 0.75f);  // not mirrored: the run did not move
+  EXPECT_EQ(Rules({first->first, second->first}), std::set<FigureRule>{});
 
   f.Unregister(a);
   f.Unregister(b);
   f.Register(first->first);
   f.Register(second->first);
   while (list != nullptr) DeleteSlice(&list, list);
+}
+
+TEST(ReverseSliceRunOntoHook, RunHandedToAHookJoinsThatHooksRun) {
+  // T: D(0,0,0) -> E(4,0,0) with hook k (s 0.5) below D. S: c(2,4,0) -> k
+  // with hook h (s 0.25) below c; h lies on its own spline w0 -> h -> w1.
+  // Reversing S makes k c's new prev: h hangs below k, on D's segment, with
+  // s mirrored to 0.75, and c carries nothing.
+  TestFigure f;
+  SegmentCP* d = f.NewCP(Vector(0, 0, 0));
+  SegmentCP* e = f.NewCP(Vector(4, 0, 0));
+  HookSegmentCP* k = f.NewHook(0.5f);
+  SegmentCP* c = f.NewCP(Vector(2, 4, 0));
+  HookSegmentCP* h = f.NewHook(0.25f);
+  f.Open({d, e});
+  f.Open({c, k});
+  f.Open({f.NewCP(Vector(1, 5, 0)), h, f.NewCP(Vector(3, 5, 0))});
+  TestFigure::Stack({d, k});
+  TestFigure::Stack({c, h});
+  Slice* list = nullptr;
+  Slice* slice = AddSlice(&list);
+  slice->first = c;
+
+  ReverseSlice(slice);
+  EXPECT_EQ(d->stackNext, k);
+  EXPECT_EQ(k->stackNext, h);
+  EXPECT_EQ(h->stackPrev, k);
+  EXPECT_EQ(h->s, 0.75f);
+  EXPECT_FALSE(c->IsHasHooks());
+  EXPECT_EQ(c->stackNext, nullptr);
+  EXPECT_TRUE(h->IsHook() && h->head == h);
+  EXPECT_EQ(Rules({d, slice->first, h->prev}), std::set<FigureRule>{});
+
+  f.Unregister(c);
+  f.Register(slice->first);
+  DeleteSlice(&list, slice);
 }
 
 TEST(ReverseSliceRunOntoHook, CarrierWhoseNextIsItsOwnHookKeepsItsRun) {
