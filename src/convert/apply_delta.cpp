@@ -1,5 +1,7 @@
 #include "convert/apply_delta.h"
 
+#include <cmath>
+
 namespace splinecore {
 
 namespace {
@@ -7,17 +9,16 @@ namespace {
 // v scaled by 1.0 / len, the reciprocal kept in double.
 Vector ScaledByReciprocal(const Vector& v, float len) { return v * (1.0 / static_cast<double>(len)); }
 
-// Brings a nonzero angle into the range the quadrant table covers. Returns
-// false when the angle cannot be reduced (not finite, or its integer part
-// does not fit a 32-bit int).
+// Brings a nonzero angle into the range the quadrant table covers: the
+// remainder of the integer part by 360 (exact in double for every float),
+// plus 360 when negative. Returns false for an angle that is not finite.
 bool ReduceAngle(float degrees, double* reduced) {
   const double d = degrees;
-  if (!(d >= -2147483648.0 && d < 2147483648.0)) return false;
+  if (!std::isfinite(d)) return false;
   if (d < 0.0) {
-    const std::int32_t q = static_cast<std::int32_t>(d) % 360;
-    *reduced = static_cast<float>(q + 360);
+    *reduced = static_cast<float>(std::fmod(std::trunc(d), 360.0) + 360.0);
   } else if (d > 360.0) {
-    *reduced = static_cast<float>(static_cast<std::int32_t>(d) % 360);
+    *reduced = static_cast<float>(std::fmod(std::trunc(d), 360.0));
   } else {
     *reduced = d;
   }

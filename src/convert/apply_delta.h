@@ -12,9 +12,9 @@ namespace splinecore {
 void ApplyDelta(Vector& t, float pitch, float yaw, float magnitude, Vector& normal);
 
 // Turns a toward b by `degrees` measured on the square (a, b, -a, -b),
-// normalised. out must not alias a or b. Zero degrees copies a unchanged; a
-// non-finite angle, or one whose integer part does not fit a 32-bit int,
-// also gives out = a.
+// normalised. out must not alias a or b. Zero degrees copies a unchanged. A
+// finite angle of any size turns as the remainder of its integer part by 360
+// does (exact in double); a non-finite angle makes no turn (out = a).
 void TurnToward(const Vector& a, const Vector& b, Vector& out, float degrees);
 
 }  // namespace splinecore
