@@ -33,18 +33,16 @@ struct Vector {
     z = static_cast<float>(static_cast<double>(z) - o.z);
     return *this;
   }
-  // The factor is taken in double precision: a float factor converts exactly,
-  // a double factor scales without being rounded first.
-  Vector& operator*=(double s) {
-    x = static_cast<float>(x * s);
-    y = static_cast<float>(y * s);
-    z = static_cast<float>(z * s);
+  // Scaling by a float factor: each product formed in double, rounded once.
+  // (A double argument is rounded to float first; see Scaled for a factor
+  // kept in double.)
+  Vector& operator*=(float s) {
+    x = static_cast<float>(static_cast<double>(x) * s);
+    y = static_cast<float>(static_cast<double>(y) * s);
+    z = static_cast<float>(static_cast<double>(z) * s);
     return *this;
   }
-  Vector operator*(double s) const {
-    return Vector(static_cast<float>(x * s), static_cast<float>(y * s),
-                  static_cast<float>(z * s));
-  }
+  Vector operator*(float s) const { return Vector(*this) *= s; }
   Vector& Negate() {
     x = -x;
     y = -y;
@@ -68,7 +66,11 @@ struct Vector {
   Vector& Normalize() {
     const double length = std::sqrt(Dot(*this));
     if (length == 0.0) return *this;
-    return *this *= 1.0 / static_cast<double>(static_cast<float>(length));
+    const double r = 1.0 / static_cast<double>(static_cast<float>(length));
+    x = static_cast<float>(x * r);
+    y = static_cast<float>(y * r);
+    z = static_cast<float>(z * r);
+    return *this;
   }
 
   // Right-handed cross product this x o, each component one rounding.
@@ -80,6 +82,11 @@ struct Vector {
 };
 
 inline Vector operator+(Vector a, const Vector& b) { return a += b; }
+// v scaled by a factor kept in double (not rounded to float first); each
+// component rounded once.
+inline Vector Scaled(const Vector& v, double s) {
+  return Vector(static_cast<float>(v.x * s), static_cast<float>(v.y * s), static_cast<float>(v.z * s));
+}
 inline Vector operator-(Vector a, const Vector& b) { return a -= b; }
 
 // Length of v as the library measures it: the double square root of the

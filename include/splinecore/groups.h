@@ -38,9 +38,10 @@ SPLINECORE_API void SmoothGroup(GroupNode* list);
 // up to two steps away (the second step along next only when it ends an
 // open spline).
 SPLINECORE_API void ConvertCP(SegmentCP* cp);
-// Touches, with `mode`, everything an edit of the listed points affects:
-// their stacks, spline neighbours and the hook runs on neighbouring segments.
-SPLINECORE_API void ConvertGroup(GroupNode* list, std::int32_t mode);
+// Touches, with `mode` (passed on to Touch, which reads its bits 0 and 1),
+// everything an edit of the listed points affects: their stacks, spline
+// neighbours and the hook runs on neighbouring segments.
+SPLINECORE_API void ConvertGroup(GroupNode* list, long mode);
 
 }  // namespace splinecore
 

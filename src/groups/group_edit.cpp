@@ -29,13 +29,13 @@ bool GroupedAboveBelowTop(const SegmentCP* c) {
 }
 
 // Touches n's next when that one ends an open spline (has no next).
-void TouchOpenEndAfter(SegmentCP* n, std::int32_t mode) {
+void TouchOpenEndAfter(SegmentCP* n, long mode) {
   SegmentCP* after = n->next;
   if (after != nullptr && after->next == nullptr) after->Touch(mode);
 }
 
 // Touches the hook run that x carries, if any.
-void TouchRunOf(SegmentCP* x, std::int32_t mode) {
+void TouchRunOf(SegmentCP* x, long mode) {
   if (x != nullptr && x->IsHasHooks()) TouchHookRun(x->stackNext, mode);
 }
 
@@ -45,12 +45,12 @@ SegmentCP* FirstNonHookUpward(SegmentCP* from) {
   return from;
 }
 
-void TouchUnlessExempt(SegmentCP* c, std::int32_t mode) {
+void TouchUnlessExempt(SegmentCP* c, long mode) {
   if (!c->IsExempt()) c->Touch(mode);
 }
 
 // The hook runs of k, of k's lower stack neighbour and of that one's prev.
-void TouchRunsBelow(SegmentCP* k, std::int32_t mode) {
+void TouchRunsBelow(SegmentCP* k, long mode) {
   TouchRunOf(k, mode);
   TouchRunOf(k->stackNext, mode);
   if (k->stackNext != nullptr) TouchRunOf(k->stackNext->prev, mode);
@@ -58,7 +58,7 @@ void TouchRunsBelow(SegmentCP* k, std::int32_t mode) {
 
 // n is the next of an edited member: n itself, the open end after it, and
 // the hook runs on the segments that meet n's stack.
-void TouchNextSide(SegmentCP* n, std::int32_t mode) {
+void TouchNextSide(SegmentCP* n, long mode) {
   n->Touch(mode);
   TouchOpenEndAfter(n, 0);
   TouchRunsBelow(n, mode);
@@ -73,7 +73,7 @@ void TouchNextSide(SegmentCP* n, std::int32_t mode) {
 
 // p is the prev of an edited member: p, the hook runs on the segments that
 // meet p's stack, then p's prev and its run.
-void TouchPrevSide(SegmentCP* p, std::int32_t mode) {
+void TouchPrevSide(SegmentCP* p, long mode) {
   p->Touch(mode);
   TouchRunsBelow(p, mode);
   SegmentCP* above = p->stackPrev;
@@ -90,7 +90,7 @@ void TouchPrevSide(SegmentCP* p, std::int32_t mode) {
 
 }  // namespace
 
-void TouchHookRun(SegmentCP* h, std::int32_t mode) {
+void TouchHookRun(SegmentCP* h, long mode) {
   for (; h != nullptr && h->IsHook(); h = h->stackNext) {
     h->Touch(mode);
     if (SegmentCP* n = h->next) {
@@ -141,7 +141,7 @@ void ConvertCP(SegmentCP* cp) {
   }
 }
 
-void ConvertGroup(GroupNode* list, std::int32_t mode) {
+void ConvertGroup(GroupNode* list, long mode) {
   for (GroupNode* node = list; node != nullptr; node = node->next) {
     SegmentCP* c = node->cp;
     if (GroupedAboveBelowTop(c)) continue;

@@ -10,7 +10,7 @@ namespace splinecore {
 
 // Touches, with `mode`, every hook of the run that starts at h and the two
 // spline neighbours on one side of each (skipping `exempt` ones).
-void TouchHookRun(SegmentCP* h, std::int32_t mode);
+void TouchHookRun(SegmentCP* h, long mode);
 
 }  // namespace splinecore
 

@@ -23,13 +23,12 @@ Bernstein WeightsAt(float t) {
 
 void CalcPoint(Vector& p0, Vector& p1, Vector& p2, Vector& p3, float t, Vector& out) {
   const Bernstein w = WeightsAt(t);
-  out = p0;  // before any other input is read: out may be p0
-  out *= w.b0;
-  Vector term = p1 * w.b1;
+  out = Scaled(p0, w.b0);  // before any other input is read: out may be p0
+  Vector term = Scaled(p1, w.b1);
   out += term;
-  term = p2 * w.b2;
+  term = Scaled(p2, w.b2);
   out += term;
-  term = p3 * w.b3;
+  term = Scaled(p3, w.b3);
   out += term;
 }
 

@@ -11,7 +11,7 @@ const Vector kZero(0.0f, 0.0f, 0.0f);
 Vector PositionOf(SegmentCP* c, int screen) { return screen != 0 ? c->Getscreenp() : c->Getmp(); }
 
 // v scaled by 1.0 / len, the reciprocal kept in double.
-Vector ScaledByReciprocal(const Vector& v, float len) { return v * (1.0 / static_cast<double>(len)); }
+Vector ScaledByReciprocal(const Vector& v, float len) { return Scaled(v, 1.0 / static_cast<double>(len)); }
 
 // Normalize as a value.
 Vector Unit(Vector v) { return v.Normalize(); }
@@ -38,8 +38,8 @@ int SmoothInterior(const Vector& P, const Vector& A, const Vector& B, Vector* it
   const Vector toPrev = A - P;
   const float LA = Length(toPrev);
   const double S = (static_cast<double>(LA) + LB) / L;
-  *it = D * (LB / S);
-  *ot = D * (LA / S);
+  *it = Scaled(D, LB / S);
+  *ot = Scaled(D, LA / S);
   if (inNormal != nullptr) {
     // A point on top of its prev has no direction toward it: zero normal.
     const Vector towardPrev = LA == 0.0f ? kZero : ScaledByReciprocal(toPrev, LA);
@@ -72,7 +72,7 @@ int SmoothNoPrev(const Vector& P, const Vector& B, const Vector& C, Vector* it, 
                  Vector* outNormal) {
   const Vector D = Unit(P - B);
   const Vector V = Unit(P - C) * Length(B - P);
-  const Vector W = D * V.Dot(D);
+  const Vector W = Scaled(D, V.Dot(D));
   const Vector K = Unit((P + C) * 0.5f - B);
   Vector Q;
   const bool hasDirection = LimitEndTangent(W - (V - W), D, K, it, &Q);
@@ -87,7 +87,7 @@ int SmoothNoNext(const Vector& P, const Vector& A, const Vector& C, Vector* it, 
                  Vector* outNormal) {
   const Vector D = Unit(A - P);
   const Vector V = Unit(C - P) * Length(A - P);
-  const Vector W = D * V.Dot(D);
+  const Vector W = Scaled(D, V.Dot(D));
   const Vector K = Unit(A - (C + P) * 0.5f);
   Vector Q;
   const bool hasDirection = LimitEndTangent(W * 2.0 - V, D, K, ot, &Q);

@@ -35,12 +35,17 @@ TEST(VectorScaling, ZeroAndMinusOne) {
   ExpectBits(scaled, 3.0f, -4.0f, 6.5f);
 }
 
-TEST(VectorScaling, DoubleFactorIsNotRoundedFirst) {
-  // 134 * 0.1: with the double factor the product rounds to 0x1.acccccp+3;
-  // with the factor first rounded to float (0.1f) it rounds to 0x1.accccep+3
-  // (both computed in a double-precision script).
-  EXPECT_EQ((Vector(134, 0, 0) * 0.1).x, 0x1.acccccp+3f);
-  EXPECT_EQ((Vector(134, 0, 0) * 0.1f).x, 0x1.accccep+3f);
+TEST(VectorScaling, OperatorsRoundTheFactorToFloatScaledKeepsItInDouble) {
+  // Derived in python3 with struct-packed floats: x * f(s) vs x * s, rounded.
+  const double s = 0.33333330000000333;
+  const Vector v(0x1.00182ep+0f, 134, 0);
+  EXPECT_EQ((v * s).x, 0x1.557592p-2f);
+  Vector scaled = v;
+  scaled *= s;
+  EXPECT_EQ(scaled.x, 0x1.557592p-2f);
+  EXPECT_EQ(Scaled(v, s).x, 0x1.55759p-2f);
+  EXPECT_EQ(Scaled(v, 0.1).y, 0x1.acccccp+3f);
+  EXPECT_EQ((v * 0.1f).y, 0x1.accccep+3f);
 }
 
 TEST(VectorNormalize, ZeroStaysAndThreeFourFive) {

@@ -4,6 +4,8 @@
 // Touch moves both stamps one down, so with every stamp preset to 100 the
 // number of touches a control point received is 100 - stamp; `touched`
 // shows whether one of them carried mode bit 0.
+#include <type_traits>
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -97,6 +99,9 @@ TEST_F(GroupEditTest, SmoothGroupCopiesOutdeltaAndPeakGroupKeepsDeltasNeitherTou
   EXPECT_EQ(a->outdelta.pitch, -4.0f);
   ExpectTouches({});
 }
+
+// The host passes ConvertGroup's mode as a long (its exported signature).
+static_assert(std::is_same_v<decltype(&ConvertGroup), void (*)(GroupNode*, long)>);
 
 TEST_F(GroupEditTest, EmptyListsDoNothing) {
   SegmentCP* a = P(1);

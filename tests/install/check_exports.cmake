@@ -56,7 +56,7 @@ set(required
   "splinecore::AddSlice(" "splinecore::DeleteSlice(" "splinecore::MatchSliceCP(" "splinecore::GroupSlice("
   "splinecore::ReverseSlice("
   "splinecore::MoveGroup(" "splinecore::PeakGroup(" "splinecore::SmoothGroup(" "splinecore::ConvertCP("
-  "splinecore::ConvertGroup("
+  "splinecore::ConvertGroup(splinecore::GroupNode*, long)"
   "splinecore::ValidateFigure(" "splinecore::FigureRuleName(")
 
 # Internal operations and inline helpers must stay private.
