@@ -39,7 +39,10 @@ inline SegmentCP* FindCarrier(SegmentCP* h) {
 // For a hook k whose mpCached is clear: place its carrier's run in muscle
 // mode (MHookRange), then mark every hook of the run mpCached with its
 // mitCached and motCached cleared. Otherwise, and for a hook without a
-// carrier, nothing.
+// carrier, nothing. k is marked placed before the run is placed, not after:
+// two carriers whose next points are each other's hooks would otherwise
+// place each other's runs without end. On a figure without such a cycle the
+// order gives the same bits, since nothing reads k's flag during placement.
 void RefreshMuscleHookRun(SegmentCP* k);
 
 }  // namespace splinecore
