@@ -5,6 +5,7 @@
 #define SPLINECORE_SPLINECORE_H
 
 #include "splinecore/export.h"
+#include "splinecore/figure.h"
 #include "splinecore/geometry.h"
 #include "splinecore/groups.h"
 #include "splinecore/hooks.h"

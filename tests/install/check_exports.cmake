@@ -57,7 +57,11 @@ set(required
   "splinecore::ReverseSlice("
   "splinecore::MoveGroup(" "splinecore::PeakGroup(" "splinecore::SmoothGroup(" "splinecore::ConvertCP("
   "splinecore::ConvertGroup(splinecore::GroupNode*, long)"
-  "splinecore::ValidateFigure(" "splinecore::FigureRuleName(")
+  "splinecore::ValidateFigure(" "splinecore::FigureRuleName("
+  "splinecore::Figure::Figure()" "splinecore::Figure::~Figure()" "splinecore::Figure::Describe() const"
+  "splinecore::Figure::AddSpline(" "splinecore::Figure::AddHook(" "splinecore::Figure::Stack("
+  "splinecore::Figure::Move(" "splinecore::Figure::Reverse(int)" "splinecore::Figure::Segment("
+  "splinecore::Figure::SplineLength(int)" "splinecore::FigureError::FigureError(")
 
 # Internal operations and inline helpers must stay private.
 set(forbidden

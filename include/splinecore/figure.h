@@ -1,0 +1,179 @@
+// Figure: a whole figure owned by the library, kept coherent for you.
+//
+// A Figure owns its FigureCache, ViewRecord, FigureRecord, muscle table and
+// every control point; destroying it frees them all. Points are addressed
+// by PointId (spline index, index along the spline in walk order), never by
+// a pointer the host could keep past a deletion; ControlPoint() gives the
+// raw SegmentCP* for the low-level API, valid until the next edit.
+//
+// Errors: every call checks its arguments and throws FigureError (a
+// std::invalid_argument whose message names the point and the rule) before
+// changing anything, so a failed call leaves the figure as it was.
+//
+// Coherence contract: after any sequence of edits, every query returns, bit
+// for bit, what the same query returns on a Figure built from Describe() of
+// the edited figure, whatever queries were asked before. The first query
+// after an edit brings the figure into a canonical state: every derived
+// value (cached tangents, handles, hook placements, muscle positions and
+// deltas, stamps) is cleared as in a freshly built figure, then recomputed
+// in one fixed order (muscle family first in muscle mode, then positions,
+// tangents and screen handles spline by spline, which places every hook).
+// Queries then only read caches. That pass is O(figure size) per edit.
+//
+// Segment direction: a point c whose next n exists owns the segment from n
+// (parameter 0) to c (parameter 1).
+#ifndef SPLINECORE_FIGURE_H
+#define SPLINECORE_FIGURE_H
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "splinecore/export.h"
+#include "splinecore/geometry.h"
+
+namespace splinecore {
+
+class SegmentCP;
+
+// The library's argument error: the message names the point and the rule.
+class SPLINECORE_API FigureError : public std::invalid_argument {
+ public:
+  explicit FigureError(const std::string& what);
+};
+
+struct PointId {
+  int spline = 0;
+  int index = 0;
+  bool operator==(const PointId& o) const { return spline == o.spline && index == o.index; }
+};
+
+inline constexpr Delta kNoTurn{0.0f, 0.0f, 1.0f};
+
+// One control point of a spline as the host describes it. A hook's `at` is
+// ignored: its placement on the carrier's segment gives its position.
+struct PointDesc {
+  Vector at{0, 0, 0};
+  bool smooth = true;  // false: a peak
+  Delta in = kNoTurn;
+  Delta out = kNoTurn;
+  bool hook = false;
+  float s = 0.5f;  // hooks: 0 at the carrier, 1 at its next; snapped to 0.25, 0.5, 0.75
+};
+
+struct SplineDesc {
+  std::vector<PointDesc> points;
+  bool closed = false;
+};
+
+// A hook hanging on the segment from `carrier` to the carrier's next.
+struct HookDesc {
+  PointId hook;
+  PointId carrier;
+};
+
+struct MuscleOffsetDesc {
+  PointId point;
+  Vector offset;
+};
+
+// Everything the host decides about a figure, nothing derived: positions,
+// links, stack order, flags, deltas, hook parameters, transforms, mode and
+// muscle effects. Hooks of one carrier are listed in run order.
+struct FigureDescription {
+  std::vector<SplineDesc> splines;
+  std::vector<std::vector<PointId>> stacks;  // non-hook members, top to bottom
+  std::vector<HookDesc> hooks;
+  std::vector<MuscleOffsetDesc> muscleOffsets;  // per point in effect order
+  Matrix view{}, inverseView{}, screen{}, inverseScreen{};
+  bool muscleMode = false;
+};
+
+// The four Bezier points of a segment or hook piece, from parameter 0 to 1.
+struct Bezier {
+  Vector p0, h0, h1, p1;
+};
+
+struct PointOnSpline {
+  Vector position;   // view space
+  Vector direction;  // view space
+};
+
+enum class Space {
+  kModel,   // model space (muscle-moved positions in muscle mode)
+  kScreen,  // screen space
+  kMuscle,  // muscle placement: Getmp, Getmit/Getmot, a hook's m pieces
+};
+
+class SPLINECORE_API Figure {
+ public:
+  Figure();  // empty, identity transforms, model mode
+  explicit Figure(const FigureDescription& description);
+  ~Figure();
+  Figure(const Figure&) = delete;
+  Figure& operator=(const Figure&) = delete;
+
+  // --- building ------------------------------------------------------------
+  // A spline of at least one point (two when closed). Returns its index.
+  // Hooks listed here must then be hung with AddHook before any query.
+  int AddSpline(const SplineDesc& spline);
+  // Hangs hook point `hook` on carrier's segment, after the carrier's run.
+  // The carrier must be a non-hook with a next; the hook must not hang yet.
+  void AddHook(PointId hook, PointId carrier);
+  // Links non-hook points of different stacks-to-be into one stack, top to
+  // bottom. Each must be alone in its stack and at the same position.
+  void Stack(const std::vector<PointId>& topToBottom);
+  // Attaches an effect moving the point's muscle position by `offset`.
+  void AddMuscleOffset(PointId point, Vector offset);
+
+  // --- edits -------------------------------------------------------------------
+  void Move(PointId point, Vector at);  // the whole stack moves; not a hook
+  void SetDeltas(PointId point, Delta in, Delta out);
+  void SetSmooth(PointId point, bool smooth);
+  void SetHookS(PointId hook, float s);
+  void Reverse(int spline);
+  // Removes a point. Refused for a carrier with hooks, the last point of a
+  // closed spline of two, the only point of a spline, and a point whose
+  // removal would leave a carrier without a next.
+  void Delete(PointId point);
+  void SetView(const Matrix& view, const Matrix& inverse);
+  // The inverse must be given: the library carries tangents back with it.
+  void SetScreen(const Matrix& screen, const Matrix& inverse);
+  void SetMuscleMode(bool on);
+  void ClearMuscleOffsets(PointId point);
+
+  // --- queries (answer per the coherence contract) ---------------------------
+  int SplineCount() const;
+  int PointCount(int spline) const;
+  bool IsClosed(int spline) const;
+  bool MuscleMode() const;
+  Vector Position(PointId point, Space space);
+  // Segment owned by `point`: from its next to it. The point needs a next.
+  Bezier Segment(PointId point, Space space);
+  // Pieces of the carrier's segment cut at its hooks, in run order, the last
+  // piece ending at the carrier's next. Empty when it carries no hooks.
+  // Space::kModel and kScreen give the screen placement's pieces (model
+  // space and screen space), kMuscle the muscle placement's.
+  std::vector<Bezier> HookPieces(PointId carrier, Space space);
+  float SegmentLength(PointId point);  // view space; the point needs a next
+  float SplineLength(int spline);
+  PointOnSpline PointAtLength(int spline, float length);
+  std::vector<PointOnSpline> PointsAtLengths(int spline, const std::vector<float>& lengths);
+  // ValidateFigure over every spline: one "spline:index: rule: message" line
+  // per violation; empty when the figure is valid.
+  std::vector<std::string> Validate();
+
+  FigureDescription Describe() const;
+
+  // The raw control point, for the low-level API; valid until the next edit.
+  SegmentCP* ControlPoint(PointId point);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace splinecore
+
+#endif

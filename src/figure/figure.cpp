@@ -1,0 +1,604 @@
+// Figure: ownership, building, edits and the canonical state behind every
+// query.
+#include "splinecore/figure.h"
+
+#include <cmath>
+#include <cstring>
+#include <new>
+#include <sstream>
+
+#include "marrow/marrow.h"
+#include "splinecore/groups.h"
+#include "splinecore/hooks.h"
+#include "splinecore/host.h"
+#include "splinecore/measure.h"
+#include "splinecore/segment_cp.h"
+#include "splinecore/slices.h"
+#include "splinecore/validate.h"
+
+namespace splinecore {
+
+FigureError::FigureError(const std::string& what) : std::invalid_argument(what) {}
+
+namespace {
+
+constexpr Matrix kIdentity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+constexpr float kInThird = -0.3333333432674408f;
+constexpr float kOutThird = 0.3333333432674408f;
+
+// Flags that record derived state: a freshly built point has none of them.
+constexpr std::uint32_t kDerivedFlags = cpflag::modelCaches | cpflag::screenCaches | cpflag::mpCached |
+                                        cpflag::mitCached | cpflag::motCached | cpflag::converted |
+                                        cpflag::mconverted | cpflag::muscleMoved;
+
+class OffsetEffect final : public MuscleEffect {
+ public:
+  explicit OffsetEffect(Vector offset) : offset(offset) {}
+  std::int32_t ApplyToPosition(std::int32_t, SegmentCP*, Vector* position) override {
+    *position += offset;
+    return 1;
+  }
+  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
+  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
+  Vector offset;
+};
+
+std::string Name(PointId id) {
+  std::ostringstream out;
+  out << "point " << id.spline << ":" << id.index;
+  return out.str();
+}
+
+[[noreturn]] void Fail(PointId id, const std::string& rule) { throw FigureError(Name(id) + ": " + rule); }
+
+bool Finite(const Vector& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
+bool Finite(const Delta& d) { return std::isfinite(d.pitch) && std::isfinite(d.yaw) && std::isfinite(d.magnitude); }
+bool Finite(const Matrix& m) {
+  for (const auto& row : m.m)
+    for (float v : row)
+      if (!std::isfinite(v)) return false;
+  return true;
+}
+
+SegmentCP* Top(SegmentCP* c) {
+  while (c->stackPrev != nullptr) c = c->stackPrev;
+  return c;
+}
+
+void ZeroDerived(SegmentCP* c) {
+  c->flags &= ~kDerivedFlags;
+  c->stamp = 255;
+  c->screenStamp = 255;
+  const Vector zero(0, 0, 0);
+  c->it = c->ot = c->screenp = c->screenit = c->screenot = c->mit = c->mot = zero;
+  if (c->IsHook()) {
+    auto* h = static_cast<HookSegmentCP*>(c);
+    h->hit = h->hot = h->pit = h->pot = h->mhit = h->mhot = h->mpit = h->mpot = zero;
+    h->p = zero;
+  }
+}
+
+}  // namespace
+
+struct Figure::Impl {
+  FigureCache cache{};
+  ViewRecord view{};
+  FigureRecord record{};
+  MuscleOwner owner{};
+  MuscleTable table{};
+  MuscleTableLink link{};
+  std::vector<MuscleCPData*> cpData;
+  std::vector<Vector> prevp;
+  struct Spline {
+    std::vector<SegmentCP*> points;  // walk order
+    bool closed = false;
+  };
+  std::vector<Spline> splines;
+  bool muscle = false;
+  bool canonical = false;
+  std::vector<std::vector<Vector>> musclePositions;  // per spline, per point, from the canonical pass
+
+  Impl() {
+    cache.view = &view;
+    cache.figure = &record;
+    view.viewMatrix = view.inverseViewMatrix = view.screenMatrix = view.inverseScreenMatrix = kIdentity;
+    table.count = 0;
+    link.table = &table;
+    record.muscleTables = &link;
+    cache.muscleTable = &table;
+  }
+
+  ~Impl() {
+    for (Spline& s : splines) {
+      if (!s.points.empty()) DeleteAllCP(s.points.front());
+    }
+  }
+
+  SegmentCP* At(PointId id) const {
+    if (id.spline < 0 || id.spline >= static_cast<int>(splines.size())) Fail(id, "no such spline");
+    const Spline& s = splines[static_cast<std::size_t>(id.spline)];
+    if (id.index < 0 || id.index >= static_cast<int>(s.points.size())) Fail(id, "no such point on the spline");
+    return s.points[static_cast<std::size_t>(id.index)];
+  }
+
+  PointId IdOf(const SegmentCP* cp) const {
+    for (std::size_t i = 0; i < splines.size(); ++i)
+      for (std::size_t j = 0; j < splines[i].points.size(); ++j)
+        if (splines[i].points[j] == cp) return PointId{static_cast<int>(i), static_cast<int>(j)};
+    return PointId{-1, -1};
+  }
+
+  // Room in the muscle table for the point's id.
+  void EnsureSlot(std::uint32_t id) {
+    if (id < cpData.size()) return;
+    if (id >= 65535u) throw FigureError("muscle table full: ids beyond 65534 carry no muscle data");
+    cpData.resize(id + 1, nullptr);
+    prevp.resize(id + 1, Vector(0, 0, 0));
+    table.cpData = cpData.data();
+    table.prevp = prevp.data();
+    table.count = static_cast<std::uint16_t>(cpData.size());
+  }
+
+  void Touched() { canonical = false; }
+
+  SegmentCP* NewPoint(const PointDesc& d) {
+    SegmentCP* cp;
+    if (d.hook) {
+      auto* h = new HookSegmentCP(&cache);
+      h->OnHook();
+      h->SetS(d.s);
+      h->tempv = Vector(0, 0, 0);
+      cp = h;
+    } else {
+      cp = new SegmentCP(&cache);
+    }
+    cp->prev = cp->next = cp->stackNext = cp->stackPrev = nullptr;
+    cp->tag = 0;
+    cp->flags = d.hook ? cpflag::hook : 0;
+    cp->cache = &cache;
+    cp->head = cp;
+    cp->p = d.hook ? Vector(0, 0, 0) : d.at;
+    cp->SetSmooth(d.smooth ? 1 : 0);
+    cp->indelta = d.in;
+    cp->outdelta = d.out;
+    ZeroDerived(cp);
+    return cp;
+  }
+
+  // Puts every derived value back to its freshly built state, then computes
+  // them all in one fixed order.
+  void Canonicalize() {
+    if (canonical) return;
+    std::vector<std::string> problems = ValidateAll();
+    if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
+    cache.generation = 0;
+    cache.screenGeneration = 0;
+    for (Spline& s : splines)
+      for (SegmentCP* c : s.points) ZeroDerived(c);
+    for (MuscleCPData* d : cpData) {
+      if (d == nullptr) continue;
+      d->indelta = d->outdelta = Delta{0, 0, 0};
+      d->position = Vector(0, 0, 0);
+    }
+    musclePositions.assign(splines.size(), {});
+    if (muscle) {
+      // Every point's muscle deltas, each read while its head's muscle
+      // position is still stale.
+      for (Spline& s : splines)
+        for (SegmentCP* c : s.points) {
+          c->OffCacheditot();
+          c->head->OffCacheditot();
+          c->Getp();
+        }
+      for (std::size_t i = 0; i < splines.size(); ++i) {
+        for (SegmentCP* c : splines[i].points) {
+          c->Getmit();
+          c->Getmot();
+          if (c->IsHasHooks()) RefreshRun(c);
+        }
+        for (SegmentCP* c : splines[i].points) musclePositions[i].push_back(c->Getmp());
+      }
+    }
+    for (Spline& s : splines)
+      for (SegmentCP* c : s.points) {
+        c->Getscreenp();
+        c->Getit();
+        c->Getot();
+        c->Getscreenit();
+        c->Getscreenot();
+        if (c->IsHook()) static_cast<HookSegmentCP*>(c)->Gethit();
+      }
+    canonical = true;
+  }
+
+  // The muscle placement of a carrier's run, through its first hook.
+  static void RefreshRun(SegmentCP* carrier) { carrier->stackNext->Getmp(); }
+
+  std::vector<std::string> ValidateAll() const {
+    std::vector<SegmentCP*> firsts;
+    for (const Spline& s : splines) firsts.push_back(s.points.front());
+    struct Context {
+      const Impl* self;
+      std::vector<std::string> lines;
+    } context{this, {}};
+    ValidateFigure(
+        firsts.data(), static_cast<int>(firsts.size()),
+        [](const FigureViolation& v, void* out) {
+          auto* ctx = static_cast<Context*>(out);
+          const PointId id = ctx->self->IdOf(v.cp);
+          ctx->lines.push_back(Name(id) + ": " + FigureRuleName(v.rule) + ": " + v.message);
+        },
+        &context);
+    return context.lines;
+  }
+
+  void Relink(Spline& s) {
+    const std::size_t n = s.points.size();
+    std::vector<SegmentCP*> order;
+    for (SegmentCP* c = s.points.front(); c != nullptr && order.size() < n; c = c->IsLoopEnd() ? nullptr : c->next)
+      order.push_back(c);
+    s.points = order;
+  }
+};
+
+Figure::Figure() : impl_(std::make_unique<Impl>()) {}
+
+Figure::Figure(const FigureDescription& d) : Figure() {
+  for (const SplineDesc& s : d.splines) AddSpline(s);
+  for (const auto& stack : d.stacks) Stack(stack);
+  for (const HookDesc& h : d.hooks) AddHook(h.hook, h.carrier);
+  for (const MuscleOffsetDesc& m : d.muscleOffsets) AddMuscleOffset(m.point, m.offset);
+  SetView(d.view, d.inverseView);
+  SetScreen(d.screen, d.inverseScreen);
+  SetMuscleMode(d.muscleMode);
+}
+
+Figure::~Figure() = default;
+
+int Figure::AddSpline(const SplineDesc& spline) {
+  const PointId next{static_cast<int>(impl_->splines.size()), 0};
+  if (spline.points.empty()) Fail(next, "a spline needs at least one point");
+  if (spline.closed && spline.points.size() < 2) Fail(next, "a closed spline needs at least two points");
+  if (spline.points.size() == 1 && spline.points.front().hook) Fail(next, "a hook needs a neighbour on its spline");
+  for (std::size_t i = 0; i < spline.points.size(); ++i) {
+    const PointDesc& p = spline.points[i];
+    const PointId id{next.spline, static_cast<int>(i)};
+    if (!Finite(p.at) || !Finite(p.in) || !Finite(p.out) || !std::isfinite(p.s)) Fail(id, "values must be finite");
+  }
+  Impl::Spline s;
+  s.closed = spline.closed;
+  try {
+    for (const PointDesc& p : spline.points) s.points.push_back(impl_->NewPoint(p));
+  } catch (...) {
+    for (SegmentCP* c : s.points) delete c;
+    throw;
+  }
+  for (std::size_t i = 0; i + 1 < s.points.size(); ++i) {
+    s.points[i]->next = s.points[i + 1];
+    s.points[i + 1]->prev = s.points[i];
+  }
+  if (s.closed) {
+    s.points.back()->next = s.points.front();
+    s.points.front()->prev = s.points.back();
+    s.points.back()->OnLoopEnd();
+  }
+  impl_->splines.push_back(std::move(s));
+  impl_->Touched();
+  return next.spline;
+}
+
+void Figure::AddHook(PointId hook, PointId carrier) {
+  SegmentCP* h = impl_->At(hook);
+  SegmentCP* c = impl_->At(carrier);
+  if (!h->IsHook()) Fail(hook, "not a hook");
+  if (h->stackPrev != nullptr || h->stackNext != nullptr) Fail(hook, "the hook already hangs on a carrier");
+  if (c->IsHook()) Fail(carrier, "a hook carries no hooks");
+  if (c->next == nullptr) Fail(carrier, "a carrier needs a next point (its segment)");
+  if (c->next == h) Fail(hook, "a hook cannot ride on the segment that ends at it");
+  SegmentCP* above = c;
+  while (above->stackNext != nullptr && above->stackNext->IsHook()) above = above->stackNext;
+  h->stackNext = above->stackNext;
+  if (h->stackNext != nullptr) h->stackNext->stackPrev = h;
+  h->stackPrev = above;
+  above->stackNext = h;
+  h->SetHead();
+  impl_->Touched();
+}
+
+void Figure::Stack(const std::vector<PointId>& topToBottom) {
+  if (topToBottom.size() < 2) throw FigureError("a stack needs at least two points");
+  std::vector<SegmentCP*> cps;
+  for (PointId id : topToBottom) {
+    SegmentCP* c = impl_->At(id);
+    if (c->IsHook()) Fail(id, "hooks hang on carriers (AddHook), they are not stacked");
+    if (c->stackPrev != nullptr || c->stackNext != nullptr) Fail(id, "already in a stack");
+    for (SegmentCP* o : cps)
+      if (o == c) Fail(id, "listed twice");
+    if (!cps.empty() && !(c->p == cps.front()->p)) Fail(id, "stacked points must share their position");
+    cps.push_back(c);
+  }
+  for (std::size_t i = 0; i + 1 < cps.size(); ++i) {
+    cps[i]->stackNext = cps[i + 1];
+    cps[i + 1]->stackPrev = cps[i];
+  }
+  cps.front()->SetHead();
+  impl_->Touched();
+}
+
+void Figure::AddMuscleOffset(PointId point, Vector offset) {
+  SegmentCP* c = impl_->At(point);
+  if (c->IsHook()) Fail(point, "hooks carry no muscle effects (their place comes from the carrier)");
+  if (!Finite(offset)) Fail(point, "offset must be finite");
+  impl_->EnsureSlot(c->id);
+  MuscleCPData*& data = impl_->cpData[c->id];
+  if (data == nullptr) {
+    data = static_cast<MuscleCPData*>(AllocSeg(sizeof(MuscleCPData)));
+    if (data == nullptr) throw std::bad_alloc();
+    std::memset(static_cast<void*>(data), 0, sizeof(MuscleCPData));
+  }
+  void* block = AllocSeg(sizeof(OffsetEffect));
+  if (block == nullptr) throw std::bad_alloc();
+  auto* effect = new (block) OffsetEffect(offset);
+  effect->owner = &impl_->owner;
+  MuscleEffect** link = &data->effects;
+  while (*link != nullptr) link = &(*link)->next;
+  *link = effect;
+  impl_->Touched();
+}
+
+void Figure::ClearMuscleOffsets(PointId point) {
+  SegmentCP* c = impl_->At(point);
+  if (c->id >= impl_->cpData.size() || impl_->cpData[c->id] == nullptr) return;
+  MuscleCPData* data = impl_->cpData[c->id];
+  for (MuscleEffect* e = data->effects; e != nullptr;) {
+    MuscleEffect* next = e->next;
+    FreeSeg(e);
+    e = next;
+  }
+  FreeSeg(data);
+  impl_->cpData[c->id] = nullptr;
+  impl_->Touched();
+}
+
+void Figure::Move(PointId point, Vector at) {
+  SegmentCP* c = impl_->At(point);
+  if (c->IsHook()) Fail(point, "a hook's position comes from its carrier's segment");
+  if (!Finite(at)) Fail(point, "position must be finite");
+  for (SegmentCP* m = Top(c); m != nullptr; m = m->stackNext)
+    if (!m->IsHook()) m->p = at;
+  impl_->Touched();
+}
+
+void Figure::SetDeltas(PointId point, Delta in, Delta out) {
+  SegmentCP* c = impl_->At(point);
+  if (!Finite(in) || !Finite(out)) Fail(point, "deltas must be finite");
+  c->indelta = in;
+  c->outdelta = out;
+  impl_->Touched();
+}
+
+void Figure::SetSmooth(PointId point, bool smooth) {
+  impl_->At(point)->SetSmooth(smooth ? 1 : 0);
+  impl_->Touched();
+}
+
+void Figure::SetHookS(PointId hook, float s) {
+  SegmentCP* h = impl_->At(hook);
+  if (!h->IsHook()) Fail(hook, "not a hook");
+  if (!std::isfinite(s)) Fail(hook, "s must be finite");
+  static_cast<HookSegmentCP*>(h)->SetS(s);
+  impl_->Touched();
+}
+
+void Figure::Reverse(int spline) {
+  impl_->At(PointId{spline, 0});
+  Impl::Spline& s = impl_->splines[static_cast<std::size_t>(spline)];
+  if (!s.closed && s.points.back()->IsHasHooks())
+    Fail(PointId{spline, static_cast<int>(s.points.size()) - 1}, "the last point of an open spline carries hooks");
+  Slice slice{s.points.front(), nullptr};
+  ReverseSlice(&slice);
+  s.points.front() = slice.first;
+  impl_->Relink(s);
+  impl_->Touched();
+}
+
+void Figure::Delete(PointId point) {
+  SegmentCP* c = impl_->At(point);
+  Impl::Spline& s = impl_->splines[static_cast<std::size_t>(point.spline)];
+  if (s.points.size() == 1) Fail(point, "the only point of a spline");
+  if (s.closed && s.points.size() == 2) Fail(point, "a closed spline keeps at least two points");
+  if (c->IsHasHooks()) Fail(point, "carries hooks");
+  if (s.points.size() == 2 && s.points[point.index == 0 ? 1 : 0]->IsHook())
+    Fail(point, "a hook needs a neighbour on its spline");
+  if (c->prev != nullptr && c->prev->IsHasHooks() && c->next == nullptr)
+    Fail(point, "its prev carries hooks and would be left without a next");
+  for (SegmentCP* m = Top(c); m != nullptr; m = m->stackNext)
+    if (m->IsHasHooks() && m->next == c && c->next == nullptr) Fail(point, "a carrier would be left without a next");
+  SegmentCP* first = s.points.front();
+  // The destructor frees the point's muscle data and clears its slot.
+  DeleteCP(&first, c);
+  s.points.erase(s.points.begin() + point.index);
+  s.points.front() = first;
+  impl_->Relink(s);
+  impl_->Touched();
+}
+
+void Figure::SetView(const Matrix& view, const Matrix& inverse) {
+  if (!Finite(view) || !Finite(inverse)) throw FigureError("view: matrices must be finite");
+  impl_->view.viewMatrix = view;
+  impl_->view.inverseViewMatrix = inverse;
+  impl_->Touched();
+}
+
+void Figure::SetScreen(const Matrix& screen, const Matrix& inverse) {
+  if (!Finite(screen) || !Finite(inverse)) throw FigureError("screen: matrices must be finite");
+  impl_->view.screenMatrix = screen;
+  impl_->view.inverseScreenMatrix = inverse;
+  impl_->Touched();
+}
+
+void Figure::SetMuscleMode(bool on) {
+  impl_->muscle = on;
+  impl_->cache.mode = on ? kMuscleMode : 0;
+  impl_->Touched();
+}
+
+int Figure::SplineCount() const { return static_cast<int>(impl_->splines.size()); }
+
+int Figure::PointCount(int spline) const {
+  impl_->At(PointId{spline, 0});
+  return static_cast<int>(impl_->splines[static_cast<std::size_t>(spline)].points.size());
+}
+
+bool Figure::IsClosed(int spline) const {
+  impl_->At(PointId{spline, 0});
+  return impl_->splines[static_cast<std::size_t>(spline)].closed;
+}
+
+bool Figure::MuscleMode() const { return impl_->muscle; }
+
+Vector Figure::Position(PointId point, Space space) {
+  SegmentCP* c = impl_->At(point);
+  if (space == Space::kMuscle && !impl_->muscle) Fail(point, "muscle space needs muscle mode");
+  impl_->Canonicalize();
+  switch (space) {
+    case Space::kModel:
+      return c->Getp();
+    case Space::kScreen:
+      return c->Getscreenp();
+    case Space::kMuscle:
+      return impl_->musclePositions[static_cast<std::size_t>(point.spline)][static_cast<std::size_t>(point.index)];
+  }
+  return c->p;
+}
+
+Bezier Figure::Segment(PointId point, Space space) {
+  SegmentCP* c = impl_->At(point);
+  if (c->next == nullptr) Fail(point, "owns no segment (no next point)");
+  if (space == Space::kMuscle && !impl_->muscle) Fail(point, "muscle space needs muscle mode");
+  impl_->Canonicalize();
+  SegmentCP* n = c->next;
+  switch (space) {
+    case Space::kModel: {
+      const Vector np = n->head->Getp();
+      const Vector cp = c->head->Getp();
+      return Bezier{np, n->Getot() * kOutThird + np, c->Getit() * kInThird + cp, cp};
+    }
+    case Space::kScreen:
+      return Bezier{n->Getscreenp(), n->Getscreenot(), c->Getscreenit(), c->Getscreenp()};
+    case Space::kMuscle:
+      return Bezier{Position(impl_->IdOf(n), Space::kMuscle), n->Getmot(), c->Getmit(),
+                    Position(point, Space::kMuscle)};
+  }
+  return Bezier{};
+}
+
+std::vector<Bezier> Figure::HookPieces(PointId carrier, Space space) {
+  SegmentCP* c = impl_->At(carrier);
+  if (space == Space::kMuscle && !impl_->muscle) Fail(carrier, "muscle space needs muscle mode");
+  std::vector<Bezier> pieces;
+  if (!c->IsHasHooks()) return pieces;
+  impl_->Canonicalize();
+  const bool muscle = space == Space::kMuscle;
+  const Matrix& screen = impl_->view.screenMatrix;
+  auto out = [&](const Vector& v) { return space == Space::kScreen ? TransformPoint(screen, v) : v; };
+  Vector start = muscle ? Position(carrier, Space::kMuscle) : c->Getp();
+  HookSegmentCP* last = nullptr;
+  for (SegmentCP* m = c->stackNext; m != nullptr && m->IsHook(); m = m->stackNext) {
+    auto* h = static_cast<HookSegmentCP*>(m);
+    const Vector end = muscle ? impl_->musclePositions[static_cast<std::size_t>(impl_->IdOf(h).spline)]
+                                                      [static_cast<std::size_t>(impl_->IdOf(h).index)]
+                              : h->p;
+    pieces.push_back(Bezier{out(start), out(muscle ? h->mhit : h->hit), out(muscle ? h->mhot : h->hot), out(end)});
+    start = end;
+    last = h;
+  }
+  const Vector next = muscle ? Position(impl_->IdOf(c->next), Space::kMuscle) : c->next->Getp();
+  pieces.push_back(
+      Bezier{out(start), out(muscle ? last->mpit : last->pit), out(muscle ? last->mpot : last->pot), out(next)});
+  return pieces;
+}
+
+float Figure::SegmentLength(PointId point) {
+  SegmentCP* c = impl_->At(point);
+  if (c->next == nullptr) Fail(point, "owns no segment (no next point)");
+  impl_->Canonicalize();
+  return CurveLength(c);
+}
+
+float Figure::SplineLength(int spline) {
+  SegmentCP* first = impl_->At(PointId{spline, 0});
+  impl_->Canonicalize();
+  return GetTotalLength(first);
+}
+
+PointOnSpline Figure::PointAtLength(int spline, float length) {
+  return PointsAtLengths(spline, {length}).front();
+}
+
+std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector<float>& lengths) {
+  SegmentCP* first = impl_->At(PointId{spline, 0});
+  for (float l : lengths)
+    if (!std::isfinite(l) || l < 0.0f) Fail(PointId{spline, 0}, "lengths must be finite and not negative");
+  impl_->Canonicalize();
+  std::vector<PointOnSpline> out;
+  out.reserve(lengths.size());
+  for (float l : lengths) {
+    PointOnSpline p{};
+    PositionDirectionFromSubLength(first, l, &p.position, &p.direction);
+    out.push_back(p);
+  }
+  return out;
+}
+
+std::vector<std::string> Figure::Validate() { return impl_->ValidateAll(); }
+
+FigureDescription Figure::Describe() const {
+  const Impl& m = *impl_;
+  FigureDescription d;
+  for (const Impl::Spline& s : m.splines) {
+    SplineDesc sd;
+    sd.closed = s.closed;
+    for (SegmentCP* c : s.points) {
+      PointDesc p;
+      p.at = c->IsHook() ? Vector(0, 0, 0) : c->p;
+      p.smooth = c->IsSmooth() != 0;
+      p.in = c->indelta;
+      p.out = c->outdelta;
+      p.hook = c->IsHook() != 0;
+      if (p.hook) p.s = static_cast<HookSegmentCP*>(c)->s;
+      sd.points.push_back(p);
+    }
+    d.splines.push_back(sd);
+  }
+  for (const Impl::Spline& s : m.splines) {
+    for (SegmentCP* c : s.points) {
+      if (c->IsHook() || c->stackPrev != nullptr) continue;
+      std::vector<PointId> stack;
+      for (SegmentCP* x = c; x != nullptr; x = x->stackNext) {
+        if (x->IsHook()) continue;
+        stack.push_back(m.IdOf(x));
+        for (SegmentCP* h = x->stackNext; h != nullptr && h->IsHook(); h = h->stackNext)
+          d.hooks.push_back(HookDesc{m.IdOf(h), m.IdOf(x)});
+      }
+      if (stack.size() > 1) d.stacks.push_back(stack);
+    }
+  }
+  for (const Impl::Spline& s : m.splines) {
+    for (SegmentCP* c : s.points) {
+      if (c->id >= m.cpData.size() || m.cpData[c->id] == nullptr) continue;
+      for (MuscleEffect* e = m.cpData[c->id]->effects; e != nullptr; e = e->next)
+        d.muscleOffsets.push_back(MuscleOffsetDesc{m.IdOf(c), static_cast<OffsetEffect*>(e)->offset});
+    }
+  }
+  d.view = m.view.viewMatrix;
+  d.inverseView = m.view.inverseViewMatrix;
+  d.screen = m.view.screenMatrix;
+  d.inverseScreen = m.view.inverseScreenMatrix;
+  d.muscleMode = m.muscle;
+  return d;
+}
+
+SegmentCP* Figure::ControlPoint(PointId point) { return impl_->At(point); }
+
+}  // namespace splinecore
