@@ -132,6 +132,8 @@ class SPLINECORE_API Figure {
   void SetDeltas(PointId point, Delta in, Delta out);
   void SetSmooth(PointId point, bool smooth);
   void SetHookS(PointId hook, float s);
+  // Refused when the reversal would leave the figure invalid (a run that
+  // cannot be handed over).
   void Reverse(int spline);
   // Removes a point. Refused for a carrier with hooks, the last point of a
   // closed spline of two, the only point of a spline, and a point whose
@@ -148,6 +150,8 @@ class SPLINECORE_API Figure {
   int PointCount(int spline) const;
   bool IsClosed(int spline) const;
   bool MuscleMode() const;
+  // Whether the point owns a segment (has a next point).
+  bool OwnsSegment(PointId point) const;
   Vector Position(PointId point, Space space);
   // Segment owned by `point`: from its next to it. The point needs a next.
   Bezier Segment(PointId point, Space space);

@@ -395,6 +395,15 @@ void Figure::Reverse(int spline) {
   Impl::Spline& s = impl_->splines[static_cast<std::size_t>(spline)];
   if (!s.closed && s.points.back()->IsHasHooks())
     Fail(PointId{spline, static_cast<int>(s.points.size()) - 1}, "the last point of an open spline carries hooks");
+  {
+    Figure trial(Describe());
+    Slice probe{trial.impl_->splines[static_cast<std::size_t>(spline)].points.front(), nullptr};
+    ReverseSlice(&probe);
+    trial.impl_->splines[static_cast<std::size_t>(spline)].points.front() = probe.first;
+    trial.impl_->Relink(trial.impl_->splines[static_cast<std::size_t>(spline)]);
+    const std::vector<std::string> problems = trial.impl_->ValidateAll();
+    if (!problems.empty()) Fail(PointId{spline, 0}, "reversal would leave the figure invalid: " + problems.front());
+  }
   Slice slice{s.points.front(), nullptr};
   ReverseSlice(&slice);
   s.points.front() = slice.first;
@@ -456,6 +465,8 @@ bool Figure::IsClosed(int spline) const {
 }
 
 bool Figure::MuscleMode() const { return impl_->muscle; }
+
+bool Figure::OwnsSegment(PointId point) const { return impl_->At(point)->next != nullptr; }
 
 Vector Figure::Position(PointId point, Space space) {
   SegmentCP* c = impl_->At(point);

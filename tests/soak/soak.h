@@ -1,9 +1,9 @@
-// Cache-coherence soak: random figures, random host edits, each followed by
-// the invalidation protocol of the host guide, then random getter queries
-// whose answers must equal, bit for bit, those of a freshly built copy of
-// the figure queried in the same order. After every structural edit the
-// figure must pass ValidateFigure. Everything derives from the seed, so a
-// run is reproduced by its seed and edit count.
+// Coherence soak, through the public Figure API only: random figures and
+// edits, some queries asked before each edit, then every query asked in a
+// random order on the edited figure and in order on Figure(Describe()) of
+// it; the answers must agree bit for bit. After every edit the figure must
+// pass its validation. Everything derives from the seed, so a run is
+// reproduced by its seed and edit count.
 #ifndef SPLINECORE_TESTS_SOAK_SOAK_H
 #define SPLINECORE_TESTS_SOAK_SOAK_H
 
@@ -26,8 +26,8 @@ struct SoakOptions {
   std::uint64_t seed = 1;
   long edits = 10000;
   long editsPerFigure = 150;  // a new figure after this many edits (or a failure)
-  std::uint32_t editMask = ~0u;   // bit k enables edit kind k (see Soaker::Edit)
-  std::uint32_t queryMask = ~0u;  // bit k enables query kind k (see QueryKind)
+  std::uint32_t editMask = ~0u;   // bit k enables edit kind k (see Edit in soak.cpp)
+  std::uint32_t queryMask = ~0u;  // bit k enables query kind k (see Ask in soak.cpp)
 };
 
 // Runs the soak. Uses no global state: separate calls may run on separate threads.
