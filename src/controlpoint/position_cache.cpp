@@ -1,5 +1,6 @@
 // Cached positions: model, muscle-mode and screen, with the staleness rules
 // that the tangent and conversion code share.
+#include "controlpoint/checked.h"
 #include "controlpoint/position_cache.h"
 
 #include "splinecore/hooks.h"
@@ -51,6 +52,7 @@ void RefreshMuscleDeltas(SegmentCP* c, MuscleCPData* ec) {
 }  // namespace
 
 Vector& SegmentCP::Getp() {
+  detail::CheckGetter(this, detail::Needs::kModel);
   SegmentCP* h = head;
   CheckModelGeneration(h);
   if (IsMuscleMode(this)) {
@@ -66,6 +68,7 @@ Vector& SegmentCP::Getp() {
 }
 
 Vector& SegmentCP::Getmusclep() {
+  detail::CheckGetter(this, detail::Needs::kModel);
   SegmentCP* h = head;
   MuscleCPData* eh = h->GetMuscleCPData();
   MuscleCPData* ec = GetMuscleCPData();
@@ -89,17 +92,20 @@ Vector& SegmentCP::Getmusclep() {
 }
 
 Vector& SegmentCP::Getnonmusclep() {
+  detail::CheckGetter(this, detail::Needs::kModel);
   OffMuscleMoved();
   UnconvertStackFrom(this);
   return p;
 }
 
 Vector& SegmentCP::Getmp() {
+  detail::CheckGetter(this, detail::Needs::kModel);
   RefreshMuscleHookRun(this);
   return head->p;
 }
 
 Vector& SegmentCP::Getscreenp() {
+  detail::CheckGetter(this, detail::Needs::kScreen);
   SegmentCP* h = head;
   CheckScreenGeneration(h);
   if (h->IsScreenpCached()) return h->screenp;

@@ -1,5 +1,6 @@
 // Lazily computed tangents and handle points: model (Getit/Getot), screen
 // (Getscreenit/Getscreenot) and muscle mode (Getmit/Getmot).
+#include "controlpoint/checked.h"
 #include "controlpoint/position_cache.h"
 #include "tangents/hook_partners.h"
 
@@ -134,28 +135,34 @@ Vector& MuscleHandle(SegmentCP* c, Vector& member, std::uint32_t flag, float thi
 }  // namespace
 
 Vector& SegmentCP::Getit() {
+  detail::CheckGetter(this, detail::Needs::kModel);
   CheckModelGeneration(this);
   return ModelTangent(this, it, cpflag::itCached);
 }
 
 Vector& SegmentCP::Getot() {
+  detail::CheckGetter(this, detail::Needs::kModel);
   CheckModelGeneration(this);
   return ModelTangent(this, ot, cpflag::otCached);
 }
 
 Vector& SegmentCP::Getscreenit() {
+  detail::CheckGetter(this, detail::Needs::kScreen);
   return ScreenHandle(this, screenit, cpflag::screenitCached, it, cpflag::itCached, kInThird);
 }
 
 Vector& SegmentCP::Getscreenot() {
+  detail::CheckGetter(this, detail::Needs::kScreen);
   return ScreenHandle(this, screenot, cpflag::screenotCached, ot, cpflag::otCached, kOutThird);
 }
 
 Vector& SegmentCP::Getmit() {
+  detail::CheckGetter(this, detail::Needs::kModel);
   return MuscleHandle(this, mit, cpflag::mitCached, kInThird, mot, cpflag::motCached, kOutThird);
 }
 
 Vector& SegmentCP::Getmot() {
+  detail::CheckGetter(this, detail::Needs::kModel);
   return MuscleHandle(this, mot, cpflag::motCached, kOutThird, mit, cpflag::mitCached, kInThird);
 }
 

@@ -1,0 +1,33 @@
+#include "controlpoint/checked.h"
+
+#ifdef SPLINECORE_CHECKED
+#include <cstdio>
+#include <cstdlib>
+
+#include "splinecore/host.h"
+
+namespace splinecore::detail {
+namespace {
+
+[[noreturn]] void Violated(const SegmentCP* c, const char* rule) {
+  std::fprintf(stderr, "splinecore: control point %p (id %u): %s\n", static_cast<const void*>(c),
+               c != nullptr ? c->id : 0u, rule);
+  std::abort();
+}
+
+}  // namespace
+
+void CheckGetter(const SegmentCP* c, Needs needs) {
+  if (c == nullptr) Violated(c, "getter called on a null control point");
+  if (c->cache == nullptr) Violated(c, "cache is not set");
+  if (c->head == nullptr) Violated(c, "head is not set (call SetHead)");
+  if (needs == Needs::kScreen && c->cache->view == nullptr) Violated(c, "the figure's view record is not set");
+  if (c->IsHook()) {
+    const SegmentCP* carrier = c->stackPrev;
+    while (carrier != nullptr && carrier->IsHook()) carrier = carrier->stackPrev;
+    if (carrier == nullptr) Violated(c, "a hook has no carrier above it in its stack");
+  }
+}
+
+}  // namespace splinecore::detail
+#endif
