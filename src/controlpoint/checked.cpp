@@ -21,8 +21,9 @@ void CheckGetter(const SegmentCP* c, Needs needs) {
   if (c == nullptr) Violated(c, "getter called on a null control point");
   if (c->cache == nullptr) Violated(c, "cache is not set");
   if (c->head == nullptr) Violated(c, "head is not set (call SetHead)");
-  if (needs == Needs::kScreen && c->cache->view == nullptr) Violated(c, "the figure's view record is not set");
-  if (c->IsHook()) {
+  const bool screen = needs == Needs::kScreen || needs == Needs::kScreenTangent;
+  if (screen && c->cache->view == nullptr) Violated(c, "the figure's view record is not set");
+  if (c->IsHook() && (needs == Needs::kModelTangent || needs == Needs::kScreenTangent)) {
     const SegmentCP* carrier = c->stackPrev;
     while (carrier != nullptr && carrier->IsHook()) carrier = carrier->stackPrev;
     if (carrier == nullptr) Violated(c, "a hook has no carrier above it in its stack");

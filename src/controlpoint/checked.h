@@ -8,12 +8,15 @@
 
 namespace splinecore::detail {
 
-enum class Needs { kModel, kScreen };
+// What a getter reads: model or screen positions, and for the tangent
+// getters a hook's carrier.
+enum class Needs { kModel, kScreen, kModelTangent, kScreenTangent };
 
 #ifdef SPLINECORE_CHECKED
 // Aborts unless c has its cache and head, the view record when `needs` is
-// kScreen, and, for a hook, a carrier above it. (A carrier without a next is
-// a defined case: the hook is treated as partnerless.)
+// kScreen(Tangent), and, for a tangent getter on a hook, a carrier above it.
+// (A hook's position without a carrier, and a carrier without a next, are
+// defined cases.)
 void CheckGetter(const SegmentCP* c, Needs needs);
 #else
 inline void CheckGetter(const SegmentCP*, Needs) {}

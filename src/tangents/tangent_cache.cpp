@@ -135,34 +135,34 @@ Vector& MuscleHandle(SegmentCP* c, Vector& member, std::uint32_t flag, float thi
 }  // namespace
 
 Vector& SegmentCP::Getit() {
-  detail::CheckGetter(this, detail::Needs::kModel);
+  detail::CheckGetter(this, detail::Needs::kModelTangent);
   CheckModelGeneration(this);
   return ModelTangent(this, it, cpflag::itCached);
 }
 
 Vector& SegmentCP::Getot() {
-  detail::CheckGetter(this, detail::Needs::kModel);
+  detail::CheckGetter(this, detail::Needs::kModelTangent);
   CheckModelGeneration(this);
   return ModelTangent(this, ot, cpflag::otCached);
 }
 
 Vector& SegmentCP::Getscreenit() {
-  detail::CheckGetter(this, detail::Needs::kScreen);
+  detail::CheckGetter(this, detail::Needs::kScreenTangent);
   return ScreenHandle(this, screenit, cpflag::screenitCached, it, cpflag::itCached, kInThird);
 }
 
 Vector& SegmentCP::Getscreenot() {
-  detail::CheckGetter(this, detail::Needs::kScreen);
+  detail::CheckGetter(this, detail::Needs::kScreenTangent);
   return ScreenHandle(this, screenot, cpflag::screenotCached, ot, cpflag::otCached, kOutThird);
 }
 
 Vector& SegmentCP::Getmit() {
-  detail::CheckGetter(this, detail::Needs::kModel);
+  detail::CheckGetter(this, detail::Needs::kModelTangent);
   return MuscleHandle(this, mit, cpflag::mitCached, kInThird, mot, cpflag::motCached, kOutThird);
 }
 
 Vector& SegmentCP::Getmot() {
-  detail::CheckGetter(this, detail::Needs::kModel);
+  detail::CheckGetter(this, detail::Needs::kModelTangent);
   return MuscleHandle(this, mot, cpflag::motCached, kOutThird, mit, cpflag::mitCached, kInThird);
 }
 
