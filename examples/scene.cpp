@@ -53,7 +53,9 @@ void QueryHookPieces(SegmentCP* carrier, const Matrix& screen, std::vector<Bezie
     pieces.push_back(Bezier{TransformPoint(screen, from), TransformPoint(screen, hit),
                             TransformPoint(screen, hot), TransformPoint(screen, at)});
     from = at;
-    if (hook->IsLastHook()) {
+    // The run ends at a non-hook member or at the bottom of the stack (where
+    // lastHook is not set).
+    if (m->stackNext == nullptr || !m->stackNext->IsHook()) {
       pieces.push_back(Bezier{TransformPoint(screen, at), TransformPoint(screen, *hook->Getpit()),
                               TransformPoint(screen, *hook->Getpot()),
                               TransformPoint(screen, carrier->next->Getp())});

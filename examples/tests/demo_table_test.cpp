@@ -18,6 +18,22 @@ const SplineView& Named(const Scene& scene, const std::string& name) {
   return scene.splines.front();
 }
 
+// Fault: a run at the bottom of its stack (no lastHook) lost its last piece,
+// so three hooks drew three bands where the segment has four pieces.
+TEST(DemoScene, EveryRunDrawsAPieceMoreThanItHasHooks) {
+  const auto figure = BuildBuiltinFigure();
+  std::size_t expected = 0;
+  for (const HostFigure::Spline& spline : figure->splines) {
+    for (SegmentCP* cp : spline.points) {
+      if (!cp->IsHasHooks()) continue;
+      ++expected;  // the piece ending at the carrier's next
+      for (SegmentCP* m = cp->stackNext; m != nullptr && m->IsHook(); m = m->stackNext) ++expected;
+    }
+  }
+  ASSERT_GT(expected, 0u);
+  EXPECT_EQ(RunDemo(*figure).model.hookPieces.size(), expected);
+}
+
 TEST(DemoTable, MatchesTheGoldenFile) {
   std::ifstream in(EXPECTED_TABLE);
   ASSERT_TRUE(in) << EXPECTED_TABLE;
