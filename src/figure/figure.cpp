@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 #include <sstream>
+#include <unordered_map>
 
 #include "marrow/marrow.h"
 #include "splinecore/groups.h"
@@ -121,12 +122,21 @@ struct Figure::Impl {
     return s.points[static_cast<std::size_t>(id.index)];
   }
 
+  // The PointId of a control point of this figure ({-1, -1} for another);
+  // the index is rebuilt after each edit.
   PointId IdOf(const SegmentCP* cp) const {
-    for (std::size_t i = 0; i < splines.size(); ++i)
-      for (std::size_t j = 0; j < splines[i].points.size(); ++j)
-        if (splines[i].points[j] == cp) return PointId{static_cast<int>(i), static_cast<int>(j)};
-    return PointId{-1, -1};
+    if (!idsFresh) {
+      ids.clear();
+      for (std::size_t i = 0; i < splines.size(); ++i)
+        for (std::size_t j = 0; j < splines[i].points.size(); ++j)
+          ids[splines[i].points[j]] = PointId{static_cast<int>(i), static_cast<int>(j)};
+      idsFresh = true;
+    }
+    const auto it = ids.find(cp);
+    return it != ids.end() ? it->second : PointId{-1, -1};
   }
+  mutable std::unordered_map<const SegmentCP*, PointId> ids;
+  mutable bool idsFresh = false;
 
   // Room in the muscle table for the point's id.
   void EnsureSlot(std::uint32_t id) {
@@ -139,7 +149,10 @@ struct Figure::Impl {
     table.count = static_cast<std::uint16_t>(cpData.size());
   }
 
-  void Touched() { canonical = false; }
+  void Touched() {
+    canonical = false;
+    idsFresh = false;
+  }
 
   SegmentCP* NewPoint(const PointDesc& d) {
     SegmentCP* cp;
@@ -401,6 +414,7 @@ void Figure::Reverse(int spline) {
     ReverseSlice(&probe);
     trial.impl_->splines[static_cast<std::size_t>(spline)].points.front() = probe.first;
     trial.impl_->Relink(trial.impl_->splines[static_cast<std::size_t>(spline)]);
+    trial.impl_->Touched();
     const std::vector<std::string> problems = trial.impl_->ValidateAll();
     if (!problems.empty()) Fail(PointId{spline, 0}, "reversal would leave the figure invalid: " + problems.front());
   }
