@@ -103,6 +103,28 @@ TEST(Figure, StraightLineMeasuresItsLengthAndEnds) {
   }
 }
 
+Matrix test_identity() { return Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}}; }
+
+TEST(Figure, PeakAndSmoothChangeTheTangentsAndTheDescription) {
+  // At a peak each tangent follows its own chord; smooth, both share one
+  // direction. Middle point (2,1,0) between (0,0,0) and (4,0,0): peaked, its
+  // in- and out-handles are not collinear with it.
+  Figure f;
+  f.AddSpline(Line({{0, 0, 0}, {2, 1, 0}, {4, 0, 0}}));
+  const PointId mid{0, 1};
+  const Bezier smoothIn = f.Segment(mid, Space::kModel);
+  f.SetSmooth(mid, false);
+  EXPECT_FALSE(f.Describe().splines[0].points[1].smooth);
+  const Bezier peakIn = f.Segment(mid, Space::kModel);
+  EXPECT_FALSE(peakIn.h1 == smoothIn.h1);
+  // Smooth: the in-handle lies level with the point (tangent parallel to the
+  // chord between the neighbours, along x).
+  EXPECT_EQ(smoothIn.h1.y, 1.0f);
+  f.SetSmooth(mid, true);
+  EXPECT_TRUE(f.Describe().splines[0].points[1].smooth);
+  EXPECT_EQ(f.Segment(mid, Space::kModel).h1, smoothIn.h1);
+}
+
 TEST(Figure, HookPiecesCoverTheCarriersSegment) {
   // A run of two hooks cuts the carrier's segment into three pieces: they
   // start at the carrier, meet at the hooks and end at the carrier's next.
@@ -120,6 +142,14 @@ TEST(Figure, HookPiecesCoverTheCarriersSegment) {
   EXPECT_EQ(pieces[1].p0, pieces[0].p1);
   EXPECT_EQ(pieces[1].p1, f.Position(PointId{2, 1}, Space::kModel));
   EXPECT_EQ(pieces[2].p1, f.Position(PointId{0, 1}, Space::kModel));
+  // In screen space the pieces run between the screen positions.
+  const Matrix twice{{{2, 0, 0, 1}, {0, 2, 0, 0}, {0, 0, 2, 0}}};
+  const Matrix half{{{0.5f, 0, 0, -0.5f}, {0, 0.5f, 0, 0}, {0, 0, 0.5f, 0}}};
+  f.SetScreen(twice, half);
+  const std::vector<Bezier> screen = f.HookPieces(PointId{0, 0}, Space::kScreen);
+  EXPECT_EQ(screen.front().p0, Vector(1, 0, 0));  // 2 * (0,0,0) + (1,0,0)
+  EXPECT_EQ(screen.back().p1, Vector(9, 0, 0));   // 2 * (4,0,0) + (1,0,0)
+  f.SetScreen(test_identity(), test_identity());
   // Each hook is the segment's point at t = 1 - s (t = 0 at the next).
   Bezier b = f.Segment(PointId{0, 0}, Space::kModel);
   for (int k = 0; k < 2; ++k) {
