@@ -12,6 +12,9 @@
 
 namespace splinecore {
 
+struct Vector;
+inline Vector Scaled(const Vector& v, double s);
+
 // Three consecutive floats with nothing between or after them; host records
 // index arrays of Vector with this 12-byte element size.
 struct Vector {
@@ -66,11 +69,7 @@ struct Vector {
   Vector& Normalize() {
     const double length = std::sqrt(Dot(*this));
     if (length == 0.0) return *this;
-    const double r = 1.0 / static_cast<double>(static_cast<float>(length));
-    x = static_cast<float>(x * r);
-    y = static_cast<float>(y * r);
-    z = static_cast<float>(z * r);
-    return *this;
+    return *this = Scaled(*this, 1.0 / static_cast<double>(static_cast<float>(length)));
   }
 
   // Right-handed cross product this x o, each component one rounding.

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "controlpoint/position_cache.h"
 #include "splinecore/host.h"
 
 namespace splinecore::detail {
@@ -24,9 +25,7 @@ void CheckGetter(const SegmentCP* c, Needs needs) {
   const bool screen = needs == Needs::kScreen || needs == Needs::kScreenTangent;
   if (screen && c->cache->view == nullptr) Violated(c, "the figure's view record is not set");
   if (c->IsHook() && (needs == Needs::kModelTangent || needs == Needs::kScreenTangent)) {
-    const SegmentCP* carrier = c->stackPrev;
-    while (carrier != nullptr && carrier->IsHook()) carrier = carrier->stackPrev;
-    if (carrier == nullptr) Violated(c, "a hook has no carrier above it in its stack");
+    if (FindCarrier(const_cast<SegmentCP*>(c)) == nullptr) Violated(c, "a hook has no carrier above it in its stack");
   }
 }
 

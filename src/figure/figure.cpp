@@ -435,8 +435,6 @@ void Figure::Delete(PointId point) {
     Fail(point, "a hook needs a neighbour on its spline");
   if (c->prev != nullptr && c->prev->IsHasHooks() && c->next == nullptr)
     Fail(point, "its prev carries hooks and would be left without a next");
-  for (SegmentCP* m = Top(c); m != nullptr; m = m->stackNext)
-    if (m->IsHasHooks() && m->next == c && c->next == nullptr) Fail(point, "a carrier would be left without a next");
   SegmentCP* first = s.points.front();
   // The destructor frees the point's muscle data and clears its slot.
   DeleteCP(&first, c);
