@@ -65,6 +65,7 @@ struct PointDesc {
 struct SplineDesc {
   std::vector<PointDesc> points;
   bool closed = false;
+  std::string name;  // optional; when given, unique in the figure
 };
 
 // A hook hanging on the segment from `carrier` to the carrier's next.
@@ -73,9 +74,27 @@ struct HookDesc {
   PointId carrier;
 };
 
-struct MuscleOffsetDesc {
+// A muscle effect of the host's own. Figure calls it while it computes a
+// point's muscle position and deltas; it must answer from its arguments
+// alone (the coherence contract relies on it), and it is shared, not copied,
+// by the figures built from a description that lists it.
+class SPLINECORE_API CustomMuscleEffect {
+ public:
+  virtual ~CustomMuscleEffect();
+  // Moves *position (the stack head's, in model space); true when it moved.
+  virtual bool MovePosition(PointId point, Vector* position) const;
+  // Adjust *delta; return 0 when nothing changed, else nonzero, with bit
+  // value 4 meaning that delta->magnitude is a factor.
+  virtual int AdjustInDelta(PointId point, Delta* delta) const;
+  virtual int AdjustOutDelta(PointId point, Delta* delta) const;
+};
+
+// One muscle effect on a point: the offset effect (custom null) or the
+// host's own.
+struct MuscleEffectDesc {
   PointId point;
-  Vector offset;
+  Vector offset{0, 0, 0};
+  std::shared_ptr<const CustomMuscleEffect> custom;
 };
 
 // Everything the host decides about a figure, nothing derived: positions,
@@ -85,7 +104,7 @@ struct FigureDescription {
   std::vector<SplineDesc> splines;
   std::vector<std::vector<PointId>> stacks;  // non-hook members, top to bottom
   std::vector<HookDesc> hooks;
-  std::vector<MuscleOffsetDesc> muscleOffsets;  // per point in effect order
+  std::vector<MuscleEffectDesc> muscleEffects;  // per point in effect order
   Matrix view{}, inverseView{}, screen{}, inverseScreen{};
   bool muscleMode = false;
 };
@@ -124,8 +143,11 @@ class SPLINECORE_API Figure {
   // Links non-hook points of different stacks-to-be into one stack, top to
   // bottom. Each must be alone in its stack and at the same position.
   void Stack(const std::vector<PointId>& topToBottom);
-  // Attaches an effect moving the point's muscle position by `offset`.
+  // Attaches an effect moving the point's muscle position by `offset`, after
+  // the point's other effects. Not on a hook.
   void AddMuscleOffset(PointId point, Vector offset);
+  // Attaches the host's own effect (not null), after the point's others.
+  void AddMuscleEffect(PointId point, std::shared_ptr<const CustomMuscleEffect> effect);
 
   // --- edits -------------------------------------------------------------------
   void Move(PointId point, Vector at);  // the whole stack moves; not a hook
@@ -143,10 +165,12 @@ class SPLINECORE_API Figure {
   // The inverse must be given: the library carries tangents back with it.
   void SetScreen(const Matrix& screen, const Matrix& inverse);
   void SetMuscleMode(bool on);
-  void ClearMuscleOffsets(PointId point);
+  void ClearMuscleEffects(PointId point);  // removes every effect of the point
 
   // --- queries (answer per the coherence contract) ---------------------------
   int SplineCount() const;
+  const std::string& SplineName(int spline) const;  // empty when unnamed
+  int FindSpline(const std::string& name) const;     // -1 when no spline has it
   int PointCount(int spline) const;
   bool IsClosed(int spline) const;
   bool MuscleMode() const;

@@ -21,6 +21,11 @@ namespace splinecore {
 
 FigureError::FigureError(const std::string& what) : std::invalid_argument(what) {}
 
+CustomMuscleEffect::~CustomMuscleEffect() = default;
+bool CustomMuscleEffect::MovePosition(PointId, Vector*) const { return false; }
+int CustomMuscleEffect::AdjustInDelta(PointId, Delta*) const { return 0; }
+int CustomMuscleEffect::AdjustOutDelta(PointId, Delta*) const { return 0; }
+
 namespace {
 
 constexpr Matrix kIdentity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
@@ -42,6 +47,27 @@ class OffsetEffect final : public MuscleEffect {
   std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
   std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta*) override { return 0; }
   Vector offset;
+};
+
+// The host's effect behind the raw interface; the figure keeps the effect
+// alive and maps the control point to its PointId.
+class CustomEffect final : public MuscleEffect {
+ public:
+  using IdOf = PointId (*)(const void* figure, const SegmentCP* cp);
+  CustomEffect(const CustomMuscleEffect* effect, const void* figure, IdOf idOf)
+      : effect(effect), figure(figure), idOf(idOf) {}
+  std::int32_t ApplyToPosition(std::int32_t, SegmentCP* cp, Vector* position) override {
+    return effect->MovePosition(idOf(figure, cp), position) ? 1 : 0;
+  }
+  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP* cp, Delta* delta) override {
+    return static_cast<std::int16_t>(effect->AdjustInDelta(idOf(figure, cp), delta));
+  }
+  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP* cp, Delta* delta) override {
+    return static_cast<std::int16_t>(effect->AdjustOutDelta(idOf(figure, cp), delta));
+  }
+  const CustomMuscleEffect* effect;
+  const void* figure;
+  IdOf idOf;
 };
 
 std::string Name(PointId id) {
@@ -93,7 +119,10 @@ struct Figure::Impl {
   struct Spline {
     std::vector<SegmentCP*> points;  // walk order
     bool closed = false;
+    std::string name;
   };
+  // The host effects behind the figure's CustomEffect records.
+  std::unordered_map<const MuscleEffect*, std::shared_ptr<const CustomMuscleEffect>> customs;
   std::vector<Spline> splines;
   bool muscle = false;
   bool canonical = false;
@@ -147,6 +176,43 @@ struct Figure::Impl {
     table.cpData = cpData.data();
     table.prevp = prevp.data();
     table.count = static_cast<std::uint16_t>(cpData.size());
+  }
+
+  // Appends the effect made by `make` in an AllocSeg block to the point's
+  // list, making the point's muscle data on first use.
+  template <class Make>
+  MuscleEffect* Attach(PointId point, Make make, std::size_t size) {
+    SegmentCP* c = At(point);
+    if (c->IsHook()) Fail(point, "hooks carry no muscle effects (their place comes from the carrier)");
+    EnsureSlot(c->id);
+    MuscleCPData*& data = cpData[c->id];
+    const bool fresh = data == nullptr;
+    if (fresh) {
+      data = static_cast<MuscleCPData*>(AllocSeg(sizeof(MuscleCPData)));
+      if (data == nullptr) throw std::bad_alloc();
+      std::memset(static_cast<void*>(data), 0, sizeof(MuscleCPData));
+    }
+    void* block = AllocSeg(size);
+    if (block == nullptr) {
+      if (fresh) {
+        FreeSeg(data);
+        data = nullptr;
+      }
+      throw std::bad_alloc();
+    }
+    MuscleEffect* effect = make(block);
+    effect->owner = &owner;
+    MuscleEffect** link = &data->effects;
+    while (*link != nullptr) link = &(*link)->next;
+    *link = effect;
+    Touched();
+    return effect;
+  }
+
+  // Drops the host effects of the point's muscle data before it is freed.
+  void ForgetCustoms(const SegmentCP* c) {
+    if (c->id >= cpData.size() || cpData[c->id] == nullptr) return;
+    for (MuscleEffect* e = cpData[c->id]->effects; e != nullptr; e = e->next) customs.erase(e);
   }
 
   void Touched() {
@@ -260,7 +326,10 @@ Figure::Figure(const FigureDescription& d) : Figure() {
   for (const SplineDesc& s : d.splines) AddSpline(s);
   for (const auto& stack : d.stacks) Stack(stack);
   for (const HookDesc& h : d.hooks) AddHook(h.hook, h.carrier);
-  for (const MuscleOffsetDesc& m : d.muscleOffsets) AddMuscleOffset(m.point, m.offset);
+  for (const MuscleEffectDesc& m : d.muscleEffects) {
+    if (m.custom != nullptr) AddMuscleEffect(m.point, m.custom);
+    else AddMuscleOffset(m.point, m.offset);
+  }
   SetView(d.view, d.inverseView);
   SetScreen(d.screen, d.inverseScreen);
   SetMuscleMode(d.muscleMode);
@@ -278,8 +347,11 @@ int Figure::AddSpline(const SplineDesc& spline) {
     const PointId id{next.spline, static_cast<int>(i)};
     if (!Finite(p.at) || !Finite(p.in) || !Finite(p.out) || !std::isfinite(p.s)) Fail(id, "values must be finite");
   }
+  if (!spline.name.empty() && FindSpline(spline.name) >= 0)
+    Fail(next, "the spline name '" + spline.name + "' is taken");
   Impl::Spline s;
   s.closed = spline.closed;
+  s.name = spline.name;
   try {
     for (const PointDesc& p : spline.points) s.points.push_back(impl_->NewPoint(p));
   } catch (...) {
@@ -339,29 +411,25 @@ void Figure::Stack(const std::vector<PointId>& topToBottom) {
 }
 
 void Figure::AddMuscleOffset(PointId point, Vector offset) {
-  SegmentCP* c = impl_->At(point);
-  if (c->IsHook()) Fail(point, "hooks carry no muscle effects (their place comes from the carrier)");
+  impl_->At(point);
   if (!Finite(offset)) Fail(point, "offset must be finite");
-  impl_->EnsureSlot(c->id);
-  MuscleCPData*& data = impl_->cpData[c->id];
-  if (data == nullptr) {
-    data = static_cast<MuscleCPData*>(AllocSeg(sizeof(MuscleCPData)));
-    if (data == nullptr) throw std::bad_alloc();
-    std::memset(static_cast<void*>(data), 0, sizeof(MuscleCPData));
-  }
-  void* block = AllocSeg(sizeof(OffsetEffect));
-  if (block == nullptr) throw std::bad_alloc();
-  auto* effect = new (block) OffsetEffect(offset);
-  effect->owner = &impl_->owner;
-  MuscleEffect** link = &data->effects;
-  while (*link != nullptr) link = &(*link)->next;
-  *link = effect;
-  impl_->Touched();
+  impl_->Attach(point, [&](void* block) { return new (block) OffsetEffect(offset); }, sizeof(OffsetEffect));
 }
 
-void Figure::ClearMuscleOffsets(PointId point) {
+void Figure::AddMuscleEffect(PointId point, std::shared_ptr<const CustomMuscleEffect> effect) {
+  impl_->At(point);
+  if (effect == nullptr) Fail(point, "a muscle effect must not be null");
+  const auto idOf = [](const void* figure, const SegmentCP* cp) { return static_cast<const Impl*>(figure)->IdOf(cp); };
+  MuscleEffect* added = impl_->Attach(
+      point, [&](void* block) { return new (block) CustomEffect(effect.get(), impl_.get(), idOf); },
+      sizeof(CustomEffect));
+  impl_->customs[added] = std::move(effect);
+}
+
+void Figure::ClearMuscleEffects(PointId point) {
   SegmentCP* c = impl_->At(point);
   if (c->id >= impl_->cpData.size() || impl_->cpData[c->id] == nullptr) return;
+  impl_->ForgetCustoms(c);
   MuscleCPData* data = impl_->cpData[c->id];
   for (MuscleEffect* e = data->effects; e != nullptr;) {
     MuscleEffect* next = e->next;
@@ -436,6 +504,7 @@ void Figure::Delete(PointId point) {
   if (c->prev != nullptr && c->prev->IsHasHooks() && c->next == nullptr)
     Fail(point, "its prev carries hooks and would be left without a next");
   SegmentCP* first = s.points.front();
+  impl_->ForgetCustoms(c);
   // The destructor frees the point's muscle data and clears its slot.
   DeleteCP(&first, c);
   s.points.erase(s.points.begin() + point.index);
@@ -465,6 +534,18 @@ void Figure::SetMuscleMode(bool on) {
 }
 
 int Figure::SplineCount() const { return static_cast<int>(impl_->splines.size()); }
+
+const std::string& Figure::SplineName(int spline) const {
+  impl_->At(PointId{spline, 0});
+  return impl_->splines[static_cast<std::size_t>(spline)].name;
+}
+
+int Figure::FindSpline(const std::string& name) const {
+  if (name.empty()) return -1;
+  for (std::size_t i = 0; i < impl_->splines.size(); ++i)
+    if (impl_->splines[i].name == name) return static_cast<int>(i);
+  return -1;
+}
 
 int Figure::PointCount(int spline) const {
   impl_->At(PointId{spline, 0});
@@ -582,6 +663,7 @@ FigureDescription Figure::Describe() const {
   for (const Impl::Spline& s : m.splines) {
     SplineDesc sd;
     sd.closed = s.closed;
+    sd.name = s.name;
     for (SegmentCP* c : s.points) {
       PointDesc p;
       p.at = c->IsHook() ? Vector(0, 0, 0) : c->p;
@@ -610,8 +692,11 @@ FigureDescription Figure::Describe() const {
   for (const Impl::Spline& s : m.splines) {
     for (SegmentCP* c : s.points) {
       if (c->id >= m.cpData.size() || m.cpData[c->id] == nullptr) continue;
-      for (MuscleEffect* e = m.cpData[c->id]->effects; e != nullptr; e = e->next)
-        d.muscleOffsets.push_back(MuscleOffsetDesc{m.IdOf(c), static_cast<OffsetEffect*>(e)->offset});
+      for (MuscleEffect* e = m.cpData[c->id]->effects; e != nullptr; e = e->next) {
+        const auto custom = m.customs.find(e);
+        if (custom != m.customs.end()) d.muscleEffects.push_back(MuscleEffectDesc{m.IdOf(c), {0, 0, 0}, custom->second});
+        else d.muscleEffects.push_back(MuscleEffectDesc{m.IdOf(c), static_cast<OffsetEffect*>(e)->offset, nullptr});
+      }
     }
   }
   d.view = m.view.viewMatrix;

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -158,6 +159,65 @@ TEST(Figure, HookPiecesCoverTheCarriersSegment) {
     EXPECT_NEAR(pieces[static_cast<std::size_t>(k)].p1.x, at.x, 1e-6f);
     EXPECT_NEAR(pieces[static_cast<std::size_t>(k)].p1.y, at.y, 1e-6f);
   }
+}
+
+// Lifts a point by its spline index plus one.
+class LiftEffect final : public CustomMuscleEffect {
+ public:
+  bool MovePosition(PointId point, Vector* position) const override {
+    position->y += static_cast<float>(point.spline + 1);
+    return true;
+  }
+};
+
+// Doubles the in-tangent.
+class StretchEffect final : public CustomMuscleEffect {
+ public:
+  int AdjustInDelta(PointId, Delta* delta) const override {
+    delta->magnitude = 2.0f;
+    return 1 | 4;
+  }
+};
+
+TEST(Figure, HostEffectsMoveTheirPointInMuscleModeAndTravelWithTheDescription) {
+  Figure f;
+  SplineDesc named = Line({{0, 0, 0}, {2, 0, 0}, {4, 0, 0}});
+  named.name = "rail";
+  f.AddSpline(Line({{0, 5, 0}, {1, 5, 0}}));
+  EXPECT_EQ(f.AddSpline(named), 1);
+  EXPECT_EQ(f.FindSpline("rail"), 1);
+  EXPECT_EQ(f.FindSpline("post"), -1);
+  EXPECT_THROW(f.AddSpline(named), FigureError);  // the name is taken
+  const auto lift = std::make_shared<LiftEffect>();
+  EXPECT_THROW(f.AddMuscleEffect(PointId{1, 1}, nullptr), FigureError);
+  f.AddMuscleEffect(PointId{1, 1}, lift);
+  f.AddMuscleOffset(PointId{1, 1}, Vector(0.5f, 0, 0));
+  const Vector model = f.Position(PointId{1, 1}, Space::kModel);
+  f.SetMuscleMode(true);
+  // Effects run in the order they were added: lifted by 2 (spline 1), then
+  // shifted by 0.5 along x. Model positions in muscle mode are the moved ones.
+  EXPECT_EQ(f.Position(PointId{1, 1}, Space::kModel), Vector(2.5f, 2, 0));
+  EXPECT_EQ(model, Vector(2, 0, 0));
+  const FigureDescription d = f.Describe();
+  ASSERT_EQ(d.muscleEffects.size(), 2u);
+  EXPECT_EQ(d.muscleEffects[0].custom, lift);
+  EXPECT_EQ(d.splines[1].name, "rail");
+  Figure copy(d);
+  for (int i = 0; i < 3; ++i) {
+    const Bezier a = f.Segment(PointId{1, i == 2 ? 1 : i}, Space::kMuscle);
+    const Bezier b = copy.Segment(PointId{1, i == 2 ? 1 : i}, Space::kMuscle);
+    EXPECT_EQ(Bits({a.p0.x, a.p0.y, a.h0.x, a.h0.y, a.h1.x, a.h1.y, a.p1.x, a.p1.y}),
+              Bits({b.p0.x, b.p0.y, b.h0.x, b.h0.y, b.h1.x, b.h1.y, b.p1.x, b.p1.y}));
+  }
+  f.ClearMuscleEffects(PointId{1, 1});
+  EXPECT_EQ(f.Position(PointId{1, 1}, Space::kModel), Vector(2, 0, 0));
+  EXPECT_EQ(f.Describe().muscleEffects.size(), 0u);
+  // A doubled in-delta doubles the in-handle's reach from the point.
+  const Bezier plain = f.Segment(PointId{1, 1}, Space::kModel);
+  f.AddMuscleEffect(PointId{1, 1}, std::make_shared<StretchEffect>());
+  const Bezier stretched = f.Segment(PointId{1, 1}, Space::kModel);
+  EXPECT_NEAR(stretched.h1.x - stretched.p1.x, 2 * (plain.h1.x - plain.p1.x), 1e-5f);
+  EXPECT_EQ(lift.use_count(), 3);  // this test's, the description's and the copy's
 }
 
 }  // namespace
