@@ -13,12 +13,19 @@
 // Coherence contract: after any sequence of edits, every query returns, bit
 // for bit, what the same query returns on a Figure built from Describe() of
 // the edited figure, whatever queries were asked before. The first query
-// after an edit brings the figure into a canonical state: every derived
-// value (cached tangents, handles, hook placements, muscle positions and
-// deltas, stamps) is cleared as in a freshly built figure, then recomputed
-// in one fixed order (muscle family first in muscle mode, then positions,
-// tangents and screen handles spline by spline, which places every hook).
-// Queries then only read caches. That pass is O(figure size) per edit.
+// after an edit brings the figure into a canonical state: derived values
+// (cached tangents, handles, hook placements, muscle positions and deltas,
+// stamps) are cleared as in a freshly built figure, then recomputed in one
+// fixed order (muscle family first in muscle mode, then positions, tangents
+// and screen handles spline by spline, which places every hook). Queries
+// then only read caches.
+//
+// Cost: in model mode, Move, SetDeltas, SetSmooth and SetHookS recompute
+// only their reach (the points within two steps along each spline, the hook
+// runs on the segments that end there and the hooks taking them as
+// partners, transitively), so a local edit costs the same on a figure of
+// any size. Every other edit, and every edit in muscle mode, recomputes the
+// whole figure once, at the next query.
 //
 // Segment direction: a point c whose next n exists owns the segment from n
 // (parameter 0) to c (parameter 1).

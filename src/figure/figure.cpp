@@ -2,12 +2,15 @@
 // query.
 #include "splinecore/figure.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <new>
 #include <sstream>
 #include <unordered_map>
 
+#include "controlpoint/position_cache.h"
+#include "figure/reach.h"
 #include "marrow/marrow.h"
 #include "splinecore/groups.h"
 #include "splinecore/hooks.h"
@@ -125,7 +128,11 @@ struct Figure::Impl {
   std::unordered_map<const MuscleEffect*, std::shared_ptr<const CustomMuscleEffect>> customs;
   std::vector<Spline> splines;
   bool muscle = false;
-  bool canonical = false;
+  // What the next query must recompute: everything (`whole`), or the reach
+  // of the local edits since the last query.
+  bool whole = true;
+  bool local = false;
+  detail::Reach reach;
   std::vector<std::vector<Vector>> musclePositions;  // per spline, per point, from the canonical pass
 
   Impl() {
@@ -215,9 +222,26 @@ struct Figure::Impl {
     for (MuscleEffect* e = cpData[c->id]->effects; e != nullptr; e = e->next) customs.erase(e);
   }
 
+  // An edit that may change anything (structure, transforms, mode, muscle
+  // effects): the next query recomputes the whole figure.
   void Touched() {
-    canonical = false;
+    whole = true;
     idsFresh = false;
+  }
+
+  // Local edits: c's position, or only its tangents, changed. In muscle
+  // mode the whole figure is recomputed (see RecomputeReach).
+  void Moved(SegmentCP* c) {
+    if (muscle) whole = true;
+    if (whole) return;
+    reach.PositionChanged(c);
+    local = true;
+  }
+  void Turned(SegmentCP* c) {
+    if (muscle) whole = true;
+    if (whole) return;
+    reach.TangentChanged(c);
+    local = true;
   }
 
   SegmentCP* NewPoint(const PointDesc& d) {
@@ -244,50 +268,100 @@ struct Figure::Impl {
     return cp;
   }
 
-  // Puts every derived value back to its freshly built state, then computes
-  // them all in one fixed order.
+  // Brings the figure into its canonical state: after a local edit the
+  // edit's reach is recomputed, after any other edit the whole figure.
   void Canonicalize() {
-    if (canonical) return;
-    std::vector<std::string> problems = ValidateAll();
-    if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
-    cache.generation = 0;
-    cache.screenGeneration = 0;
-    for (Spline& s : splines)
-      for (SegmentCP* c : s.points) ZeroDerived(c);
-    for (MuscleCPData* d : cpData) {
-      if (d == nullptr) continue;
-      d->indelta = d->outdelta = Delta{0, 0, 0};
-      d->position = Vector(0, 0, 0);
+    if (whole) {
+      Recompute();
+    } else if (local) {
+      RecomputeReach();
     }
-    musclePositions.assign(splines.size(), {});
+    whole = local = false;
+    reach = detail::Reach{};
+  }
+
+  // The screen family of one point, in the fixed order of the pass:
+  // position (placing a hook's run), tangents, screen handles.
+  static void ComputeScreenFamily(SegmentCP* c) {
+    c->Getscreenp();
+    c->Getit();
+    c->Getot();
+    c->Getscreenit();
+    c->Getscreenot();
+    if (c->IsHook()) static_cast<HookSegmentCP*>(c)->Gethit();
+  }
+
+  using Ordered = std::vector<std::pair<PointId, SegmentCP*>>;
+
+  // Puts the points' derived values back to their freshly built state, then
+  // computes them in one fixed order: in muscle mode every point's muscle
+  // deltas (each read while its head's muscle position is stale), then
+  // spline by spline the muscle handles and, after them, the muscle
+  // positions; then the screen family point by point. `order` lists points
+  // spline by spline, along each spline.
+  void Pass(const Ordered& order) {
+    for (const auto& [id, c] : order) {
+      ZeroDerived(c);
+      if (c->id < cpData.size() && cpData[c->id] != nullptr) {
+        MuscleCPData* d = cpData[c->id];
+        d->indelta = d->outdelta = Delta{0, 0, 0};
+        d->position = Vector(0, 0, 0);
+      }
+    }
     if (muscle) {
-      // Every point's muscle deltas, each read while its head's muscle
-      // position is still stale.
-      for (Spline& s : splines)
-        for (SegmentCP* c : s.points) {
-          c->OffCacheditot();
-          c->head->OffCacheditot();
-          c->Getp();
-        }
-      for (std::size_t i = 0; i < splines.size(); ++i) {
-        for (SegmentCP* c : splines[i].points) {
+      for (const auto& [id, c] : order) {
+        c->OffCacheditot();
+        c->head->OffCacheditot();
+        c->Getp();
+      }
+      for (std::size_t first = 0; first < order.size();) {
+        std::size_t end = first;
+        while (end < order.size() && order[end].first.spline == order[first].first.spline) ++end;
+        for (std::size_t i = first; i < end; ++i) {
+          SegmentCP* c = order[i].second;
           c->Getmit();
           c->Getmot();
           if (c->IsHasHooks()) RefreshRun(c);
         }
-        for (SegmentCP* c : splines[i].points) musclePositions[i].push_back(c->Getmp());
+        for (std::size_t i = first; i < end; ++i) {
+          const PointId id = order[i].first;
+          musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
+              order[i].second->Getmp();
+        }
+        first = end;
       }
     }
-    for (Spline& s : splines)
-      for (SegmentCP* c : s.points) {
-        c->Getscreenp();
-        c->Getit();
-        c->Getot();
-        c->Getscreenit();
-        c->Getscreenot();
-        if (c->IsHook()) static_cast<HookSegmentCP*>(c)->Gethit();
-      }
-    canonical = true;
+    for (const auto& [id, c] : order) ComputeScreenFamily(c);
+  }
+
+  // The pass over the reach of the local edits, in figure order. Outside
+  // the reach nothing reads a value that changed, so this gives the bits of
+  // the pass over the whole figure. Model mode only: in muscle mode both
+  // placements write a hook's p, and a hook outside the reach would be read
+  // holding the screen placement where the whole pass reads the muscle one.
+  void RecomputeReach() {
+    Ordered order;
+    for (SegmentCP* c : reach.Close()) order.emplace_back(IdOf(c), c);
+    std::sort(order.begin(), order.end(), [](const auto& x, const auto& y) {
+      return x.first.spline != y.first.spline ? x.first.spline < y.first.spline : x.first.index < y.first.index;
+    });
+    Pass(order);
+  }
+
+  // The pass over the whole figure, from fresh counters.
+  void Recompute() {
+    std::vector<std::string> problems = ValidateAll();
+    if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
+    cache.generation = 0;
+    cache.screenGeneration = 0;
+    Ordered order;
+    musclePositions.assign(splines.size(), {});
+    for (std::size_t i = 0; i < splines.size(); ++i) {
+      musclePositions[i].assign(splines[i].points.size(), Vector(0, 0, 0));
+      for (std::size_t j = 0; j < splines[i].points.size(); ++j)
+        order.emplace_back(PointId{static_cast<int>(i), static_cast<int>(j)}, splines[i].points[j]);
+    }
+    Pass(order);
   }
 
   // The muscle placement of a carrier's run, through its first hook.
@@ -445,9 +519,11 @@ void Figure::Move(PointId point, Vector at) {
   SegmentCP* c = impl_->At(point);
   if (c->IsHook()) Fail(point, "a hook's position comes from its carrier's segment");
   if (!Finite(at)) Fail(point, "position must be finite");
-  for (SegmentCP* m = Top(c); m != nullptr; m = m->stackNext)
-    if (!m->IsHook()) m->p = at;
-  impl_->Touched();
+  for (SegmentCP* m = Top(c); m != nullptr; m = m->stackNext) {
+    if (m->IsHook()) continue;
+    m->p = at;
+    impl_->Moved(m);
+  }
 }
 
 void Figure::SetDeltas(PointId point, Delta in, Delta out) {
@@ -455,12 +531,13 @@ void Figure::SetDeltas(PointId point, Delta in, Delta out) {
   if (!Finite(in) || !Finite(out)) Fail(point, "deltas must be finite");
   c->indelta = in;
   c->outdelta = out;
-  impl_->Touched();
+  impl_->Turned(c);
 }
 
 void Figure::SetSmooth(PointId point, bool smooth) {
-  impl_->At(point)->SetSmooth(smooth ? 1 : 0);
-  impl_->Touched();
+  SegmentCP* c = impl_->At(point);
+  c->SetSmooth(smooth ? 1 : 0);
+  impl_->Turned(c);
 }
 
 void Figure::SetHookS(PointId hook, float s) {
@@ -468,7 +545,12 @@ void Figure::SetHookS(PointId hook, float s) {
   if (!h->IsHook()) Fail(hook, "not a hook");
   if (!std::isfinite(s)) Fail(hook, "s must be finite");
   static_cast<HookSegmentCP*>(h)->SetS(s);
-  impl_->Touched();
+  // The run is placed together: every hook of it may move.
+  if (SegmentCP* carrier = FindCarrier(h)) {
+    for (SegmentCP* k = carrier->stackNext; k != nullptr && k->IsHook(); k = k->stackNext) impl_->Moved(k);
+  } else {
+    impl_->Touched();
+  }
 }
 
 void Figure::Reverse(int spline) {

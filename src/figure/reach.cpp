@@ -1,0 +1,79 @@
+#include "figure/reach.h"
+
+#include "controlpoint/position_cache.h"
+
+namespace splinecore::detail {
+
+namespace {
+
+// Calls f on every hook of carrier c's run.
+template <class F>
+void ForRun(SegmentCP* c, F f) {
+  for (SegmentCP* k = c->stackNext; k != nullptr && k->IsHook(); k = k->stackNext) f(k);
+}
+
+// The carrier whose segment ends at x (x's prev, when it carries hooks).
+SegmentCP* CarrierEndingAt(SegmentCP* x) {
+  SegmentCP* c = x->prev;
+  return c != nullptr && c->next == x && c->IsHasHooks() ? c : nullptr;
+}
+
+SegmentCP* Top(SegmentCP* x) {
+  while (x->stackPrev != nullptr) x = x->stackPrev;
+  return x;
+}
+
+}  // namespace
+
+void Reach::PositionChanged(SegmentCP* m) {
+  if (moved_.insert(m).second) work_.emplace_back(Kind::kPosition, m);
+}
+
+void Reach::TangentChanged(SegmentCP* y) {
+  if (turned_.insert(y).second) work_.emplace_back(Kind::kTangent, y);
+}
+
+// Who reads y's position or tangents besides its spline neighbours: the
+// placement of the runs on the segments that end at y, and the hooks whose
+// partners sit in y's stack (partners come from the carrier's stack and
+// from the stack of the carrier's next).
+void Reach::Readers(SegmentCP* y) {
+  if (y->IsHasHooks()) ForRun(y, [&](SegmentCP* h) { PositionChanged(h); });
+  if (SegmentCP* c = CarrierEndingAt(y)) ForRun(c, [&](SegmentCP* h) { PositionChanged(h); });
+  for (SegmentCP* z = Top(y); z != nullptr; z = z->stackNext) {
+    if (z->IsHook()) {
+      TangentChanged(z);
+    } else if (SegmentCP* c = CarrierEndingAt(z)) {
+      ForRun(c, [&](SegmentCP* h) { TangentChanged(h); });
+    }
+  }
+}
+
+std::vector<SegmentCP*> Reach::Close() {
+  while (!work_.empty()) {
+    const auto [kind, x] = work_.back();
+    work_.pop_back();
+    if (kind == Kind::kPosition) {
+      // The tangent rule reads positions up to two steps along the spline.
+      TangentChanged(x);
+      for (SegmentCP* n : {x->prev, x->next}) {
+        if (n == nullptr) continue;
+        TangentChanged(n);
+      }
+      if (x->prev != nullptr && x->prev->prev != nullptr) TangentChanged(x->prev->prev);
+      if (x->next != nullptr && x->next->next != nullptr) TangentChanged(x->next->next);
+    }
+    Readers(x);
+  }
+  std::unordered_set<SegmentCP*> all(turned_.begin(), turned_.end());
+  all.insert(moved_.begin(), moved_.end());
+  std::vector<SegmentCP*> out;
+  for (SegmentCP* x : all) {
+    if (!x->IsHook()) continue;
+    if (SegmentCP* carrier = FindCarrier(x)) ForRun(carrier, [&](SegmentCP* h) { out.push_back(h); });
+  }
+  all.insert(out.begin(), out.end());
+  return std::vector<SegmentCP*>(all.begin(), all.end());
+}
+
+}  // namespace splinecore::detail
