@@ -168,9 +168,14 @@ class SPLINECORE_API Figure {
   // closed spline of two, the only point of a spline, and a point whose
   // removal would leave a carrier without a next.
   void Delete(PointId point);
+  // Transforms with their inverses (the library carries screen tangents
+  // back to model space with the screen inverse), or with the inverse
+  // computed in double and rounded to float; a matrix whose linear part is
+  // singular (or whose inverse is not finite) is refused then.
   void SetView(const Matrix& view, const Matrix& inverse);
-  // The inverse must be given: the library carries tangents back with it.
+  void SetView(const Matrix& view);
   void SetScreen(const Matrix& screen, const Matrix& inverse);
+  void SetScreen(const Matrix& screen);
   void SetMuscleMode(bool on);
   void ClearMuscleEffects(PointId point);  // removes every effect of the point
 
@@ -195,6 +200,13 @@ class SPLINECORE_API Figure {
   float SplineLength(int spline);
   PointOnSpline PointAtLength(int spline, float length);
   std::vector<PointOnSpline> PointsAtLengths(int spline, const std::vector<float>& lengths);
+  // View-space points along the spline by forward differencing, `steps`
+  // (1 to 65535) per segment, in travel order: each segment from parameter 0
+  // (its owner's next) to 1, the segments from the spline's far end back to
+  // its first point. Each segment gives its points before parameter 1, the
+  // last one also its end: segments * steps + 1 points; just the first
+  // point's view position when the spline has no segment.
+  std::vector<Vector> Sample(int spline, int steps);
   // ValidateFigure over every spline: one "spline:index: rule: message" line
   // per violation; empty when the figure is valid.
   std::vector<std::string> Validate();

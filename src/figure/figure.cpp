@@ -11,6 +11,8 @@
 
 #include "controlpoint/position_cache.h"
 #include "figure/reach.h"
+#include "measure/forward_difference.h"
+#include "measure/view_cubic.h"
 #include "marrow/marrow.h"
 #include "splinecore/groups.h"
 #include "splinecore/hooks.h"
@@ -106,6 +108,37 @@ void ZeroDerived(SegmentCP* c) {
     h->hit = h->hot = h->pit = h->pot = h->mhit = h->mhot = h->mpit = h->mpot = zero;
     h->p = zero;
   }
+}
+
+// The inverse of an affine transform: the linear part by its adjugate over
+// the determinant, the translation carried back through it, in double, each
+// entry rounded once. False when the linear part is singular or an entry of
+// the inverse is not finite.
+bool Invert(const Matrix& m, Matrix* out) {
+  double a[3][3];
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c) a[r][c] = m.m[r][c];
+  const double cof[3][3] = {
+      {a[1][1] * a[2][2] - a[1][2] * a[2][1], a[1][2] * a[2][0] - a[1][0] * a[2][2], a[1][0] * a[2][1] - a[1][1] * a[2][0]},
+      {a[0][2] * a[2][1] - a[0][1] * a[2][2], a[0][0] * a[2][2] - a[0][2] * a[2][0], a[0][1] * a[2][0] - a[0][0] * a[2][1]},
+      {a[0][1] * a[1][2] - a[0][2] * a[1][1], a[0][2] * a[1][0] - a[0][0] * a[1][2], a[0][0] * a[1][1] - a[0][1] * a[1][0]}};
+  const double det = a[0][0] * cof[0][0] + a[0][1] * cof[0][1] + a[0][2] * cof[0][2];
+  if (det == 0.0 || !std::isfinite(det)) return false;
+  double inv[3][3];
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c) inv[r][c] = cof[c][r] / det;
+  Matrix result;
+  for (int r = 0; r < 3; ++r) {
+    double t = 0.0;
+    for (int c = 0; c < 3; ++c) {
+      result.m[r][c] = static_cast<float>(inv[r][c]);
+      t -= inv[r][c] * m.m[c][3];
+    }
+    result.m[r][3] = static_cast<float>(t);
+  }
+  if (!Finite(result)) return false;
+  *out = result;
+  return true;
 }
 
 }  // namespace
@@ -609,6 +642,19 @@ void Figure::SetScreen(const Matrix& screen, const Matrix& inverse) {
   impl_->Touched();
 }
 
+void Figure::SetView(const Matrix& view) {
+  Matrix inverse;
+  if (!Finite(view) || !Invert(view, &inverse)) throw FigureError("view: the matrix is not invertible; give its inverse");
+  SetView(view, inverse);
+}
+
+void Figure::SetScreen(const Matrix& screen) {
+  Matrix inverse;
+  if (!Finite(screen) || !Invert(screen, &inverse))
+    throw FigureError("screen: the matrix is not invertible; give its inverse");
+  SetScreen(screen, inverse);
+}
+
 void Figure::SetMuscleMode(bool on) {
   impl_->muscle = on;
   impl_->cache.mode = on ? kMuscleMode : 0;
@@ -734,6 +780,31 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
     PositionDirectionFromSubLength(first, l, &p.position, &p.direction);
     out.push_back(p);
   }
+  return out;
+}
+
+std::vector<Vector> Figure::Sample(int spline, int steps) {
+  SegmentCP* first = impl_->At(PointId{spline, 0});
+  if (steps < 1 || steps > 65535) Fail(PointId{spline, 0}, "steps must be 1 to 65535");
+  impl_->Canonicalize();
+  const std::vector<SegmentCP*>& points = impl_->splines[static_cast<std::size_t>(spline)].points;
+  std::vector<Vector> out;
+  FDSteps fd;
+  InitFDSteps(static_cast<unsigned short>(steps), &fd);
+  Column col{};
+  for (auto c = points.rbegin(); c != points.rend(); ++c) {
+    if ((*c)->next == nullptr) continue;
+    Cubic cubic;
+    ViewCubic(*c, &cubic);
+    CubicPoly poly;
+    CubicToPoly(&poly, &cubic);
+    InitColumn(&col, &poly, &fd);
+    for (int k = 0; k < steps; ++k) {
+      out.push_back(col.p);
+      BumpFD(&col);
+    }
+  }
+  out.push_back(out.empty() ? TransformPoint(impl_->view.viewMatrix, first->Getp()) : col.p);
   return out;
 }
 

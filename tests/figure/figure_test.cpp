@@ -220,5 +220,55 @@ TEST(Figure, HostEffectsMoveTheirPointInMuscleModeAndTravelWithTheDescription) {
   EXPECT_EQ(lift.use_count(), 3);  // this test's, the description's and the copy's
 }
 
+TEST(Figure, SamplesRunAlongTheSplineAndStartEachSegmentExactlyAtItsEnd) {
+  // Segments run from their owner's next to the owner, so the samples of an
+  // open spline start at its last point and finish at its first.
+  Figure f;
+  f.AddSpline(Line({{0, 0, 0}, {1, 2, 0}, {3, 2, 1}, {4, 0, 0}}));
+  SplineDesc loop = Line({{10, 0, 0}, {12, 1, 0}, {11, 3, 0}}, true);
+  f.AddSpline(loop);
+  f.AddSpline(Line({{7, 7, 7}}));
+  const Matrix view{{{2, 0, 0, 1}, {0, 2, 0, -1}, {0, 0, 2, 0}}};
+  f.SetView(view);
+  for (int spline : {0, 1}) {
+    const int n = f.PointCount(spline);
+    const int segments = f.IsClosed(spline) ? n : n - 1;
+    const std::vector<Vector> samples = f.Sample(spline, 5);
+    ASSERT_EQ(samples.size(), static_cast<std::size_t>(segments * 5 + 1));
+    // Parameter 0 of each segment is its owner's next, exactly.
+    for (int k = 0; k < segments; ++k) {
+      const int owner = segments - 1 - k;
+      const Vector next = TransformPoint(view, f.Position(PointId{spline, (owner + 1) % n}, Space::kModel));
+      EXPECT_EQ(samples[static_cast<std::size_t>(k * 5)], next) << spline << ":" << owner;
+    }
+    const Vector first = TransformPoint(view, f.Position(PointId{spline, 0}, Space::kModel));
+    EXPECT_NEAR(samples.back().x, first.x, 1e-4f);
+    EXPECT_NEAR(samples.back().y, first.y, 1e-4f);
+  }
+  EXPECT_EQ(f.Sample(2, 3), std::vector<Vector>{TransformPoint(view, Vector(7, 7, 7))});
+  EXPECT_THROW(f.Sample(0, 0), FigureError);
+}
+
+TEST(Figure, ScreenWithoutInverseIsInvertedOrRefused) {
+  Figure f;
+  f.AddSpline(Line({{0, 0, 0}, {4, 0, 0}}));
+  // Scale by 2 and 4, then translate: the inverse halves, quarters and
+  // carries the translation back, all exact in float.
+  f.SetScreen(Matrix{{{2, 0, 0, 6}, {0, 4, 0, -8}, {0, 0, 1, 1}}});
+  const Matrix inverse = f.Describe().inverseScreen;
+  const Matrix expected{{{0.5f, 0, 0, -3}, {0, 0.25f, 0, 2}, {0, 0, 1, -1}}};
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 4; ++c) EXPECT_EQ(inverse.m[r][c], expected.m[r][c]) << r << "," << c;
+  // A rotation by a quarter turn about z inverts to the opposite turn.
+  f.SetView(Matrix{{{0, -1, 0, 0}, {1, 0, 0, 0}, {0, 0, 1, 0}}});
+  EXPECT_EQ(f.Describe().inverseView.m[0][1], 1.0f);
+  EXPECT_EQ(f.Describe().inverseView.m[1][0], -1.0f);
+  const Matrix flat{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 0, 0}}};
+  EXPECT_THROW(f.SetScreen(flat), FigureError);
+  EXPECT_EQ(f.Describe().inverseScreen.m[0][0], 0.5f);  // unchanged
+  const Matrix tiny{{{1e-39f, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+  EXPECT_THROW(f.SetView(tiny), FigureError);  // 1e39 overflows float
+}
+
 }  // namespace
 }  // namespace splinecore
