@@ -1,6 +1,7 @@
 #include "soak.h"
 
 #include <cstring>
+#include <memory>
 #include <utility>
 #include <random>
 #include <sstream>
@@ -44,6 +45,20 @@ class Random {
 
  private:
   std::mt19937_64 engine_;
+};
+
+// A host effect that answers from the point's address alone: shifts the
+// position by the point's index and turns the in-tangent.
+class TiltEffect final : public CustomMuscleEffect {
+ public:
+  bool MovePosition(PointId point, Vector* position) const override {
+    *position += Vector(0.25f * static_cast<float>(point.index % 3), 0.0f, 0.5f);
+    return true;
+  }
+  int AdjustInDelta(PointId, Delta* delta) const override {
+    delta->yaw += 7.5f;
+    return 1;
+  }
 };
 
 // Splines on the grid, some closed; stacks of points moved together; hook
@@ -117,7 +132,10 @@ std::string Edit(Figure& f, Random& r, std::uint32_t mask) {
       case 4: f.Reverse(s); break;
       case 5: f.Delete(id); break;
       case 6: f.SetMuscleMode(!f.MuscleMode()); break;
-      case 7: f.AddMuscleOffset(id, r.Point()); break;
+      case 7:
+        if (r.Below(2) == 0) f.AddMuscleOffset(id, r.Point());
+        else f.AddMuscleEffect(id, std::make_shared<TiltEffect>());
+        break;
       default: {
         Matrix inverse;
         const Matrix screen = r.Transform(&inverse);
