@@ -1,5 +1,5 @@
 // Figure: one local edit and the next query of the edited spline, on a
-// figure of 10^4 and of 10^5 control points. A local edit should cost the
+// figure of 10^4 and of 10^5 control points, in model and in muscle mode. A local edit should cost the
 // same on both; the ratio table sets the larger figure against the smaller.
 #include <benchmark/benchmark.h>
 
@@ -20,9 +20,14 @@ void Fill(Figure& f, int points) {
   }
 }
 
-void EditAndQuery(benchmark::State& state, int points) {
+void EditAndQuery(benchmark::State& state, int points, bool muscle) {
   Figure f;
   Fill(f, points);
+  if (muscle) {
+    // An offset effect on every tenth point of the edited spline.
+    for (int i = 0; i < kPointsPerSpline; i += 10) f.AddMuscleOffset(PointId{0, i}, Vector(0, 0.5f, 0));
+    f.SetMuscleMode(true);
+  }
   const PointId moved{0, kPointsPerSpline / 2};
   float y = 0;
   for (auto _ : state) {
@@ -32,11 +37,15 @@ void EditAndQuery(benchmark::State& state, int points) {
   }
 }
 
-void BM_LocalEdit10k(benchmark::State& state) { EditAndQuery(state, 10000); }
-void BM_LocalEdit100k(benchmark::State& state) { EditAndQuery(state, 100000); }
+void BM_LocalEdit10k(benchmark::State& state) { EditAndQuery(state, 10000, false); }
+void BM_LocalEdit100k(benchmark::State& state) { EditAndQuery(state, 100000, false); }
+void BM_MuscleEdit10k(benchmark::State& state) { EditAndQuery(state, 10000, true); }
+void BM_MuscleEdit100k(benchmark::State& state) { EditAndQuery(state, 100000, true); }
 
 BENCHMARK(BM_LocalEdit10k)->Name("figure local edit + query/10^4 points")->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_LocalEdit100k)->Name("figure local edit + query/10^5 points")->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MuscleEdit10k)->Name("figure muscle-mode edit + query/10^4 points")->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MuscleEdit100k)->Name("figure muscle-mode edit + query/10^5 points")->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace splinecore

@@ -8,6 +8,7 @@
 #include <new>
 #include <sstream>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "controlpoint/position_cache.h"
 #include "figure/reach.h"
@@ -262,16 +263,13 @@ struct Figure::Impl {
     idsFresh = false;
   }
 
-  // Local edits: c's position, or only its tangents, changed. In muscle
-  // mode the whole figure is recomputed (see RecomputeReach).
+  // Local edits: c's position, or only its tangents, changed.
   void Moved(SegmentCP* c) {
-    if (muscle) whole = true;
     if (whole) return;
     reach.PositionChanged(c);
     local = true;
   }
   void Turned(SegmentCP* c) {
-    if (muscle) whole = true;
     if (whole) return;
     reach.TangentChanged(c);
     local = true;
@@ -332,7 +330,10 @@ struct Figure::Impl {
   // spline by spline the muscle handles and, after them, the muscle
   // positions; then the screen family point by point. `order` lists points
   // spline by spline, along each spline.
-  void Pass(const Ordered& order) {
+  // `readHooks`: hooks outside `order` that the muscle phase may read; they
+  // hold their muscle placement during that phase, as in the whole pass,
+  // and their screen placement again afterwards.
+  void Pass(const Ordered& order, const std::vector<SegmentCP*>& readHooks = {}) {
     for (const auto& [id, c] : order) {
       ZeroDerived(c);
       if (c->id < cpData.size() && cpData[c->id] != nullptr) {
@@ -342,6 +343,12 @@ struct Figure::Impl {
       }
     }
     if (muscle) {
+      std::vector<Vector> screenPlaced;
+      for (SegmentCP* h : readHooks) {
+        screenPlaced.push_back(h->p);
+        const PointId id = IdOf(h);
+        h->p = musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)];
+      }
       for (const auto& [id, c] : order) {
         c->OffCacheditot();
         c->head->OffCacheditot();
@@ -363,22 +370,47 @@ struct Figure::Impl {
         }
         first = end;
       }
+      for (std::size_t i = 0; i < readHooks.size(); ++i) readHooks[i]->p = screenPlaced[i];
     }
     for (const auto& [id, c] : order) ComputeScreenFamily(c);
   }
 
   // The pass over the reach of the local edits, in figure order. Outside
   // the reach nothing reads a value that changed, so this gives the bits of
-  // the pass over the whole figure. Model mode only: in muscle mode both
-  // placements write a hook's p, and a hook outside the reach would be read
-  // holding the screen placement where the whole pass reads the muscle one.
+  // the pass over the whole figure. In muscle mode the reach takes the heads
+  // of its stacks too (the muscle phase clears their muscle caches), and the
+  // hooks it may read outside it hold their muscle placement for the muscle
+  // phase (both placements write a hook's p).
   void RecomputeReach() {
+    std::vector<SegmentCP*> points = reach.Close();
+    std::vector<SegmentCP*> readHooks;
+    if (muscle) {
+      std::unordered_set<SegmentCP*> in(points.begin(), points.end());
+      for (std::size_t i = 0, n = points.size(); i < n; ++i)
+        if (in.insert(points[i]->head).second) points.push_back(points[i]->head);
+      // The stacks of the points within two steps of the reach, and of
+      // those stacks' spline neighbours (a hook's partners sit in its
+      // carrier's stack and in the stack of the carrier's next).
+      std::unordered_set<SegmentCP*> near;
+      auto addStack = [&](SegmentCP* y) {
+        for (SegmentCP* z = Top(y); z != nullptr; z = z->stackNext) near.insert(z);
+      };
+      for (SegmentCP* x : points)
+        for (SegmentCP* y : {x, x->prev, x->next, x->prev != nullptr ? x->prev->prev : nullptr,
+                             x->next != nullptr ? x->next->next : nullptr})
+          if (y != nullptr) addStack(y);
+      for (SegmentCP* z : std::vector<SegmentCP*>(near.begin(), near.end()))
+        for (SegmentCP* y : {z->prev, z->next})
+          if (y != nullptr) addStack(y);
+      for (SegmentCP* w : near)
+        if (w->IsHook() && in.count(w) == 0) readHooks.push_back(w);
+    }
     Ordered order;
-    for (SegmentCP* c : reach.Close()) order.emplace_back(IdOf(c), c);
+    for (SegmentCP* c : points) order.emplace_back(IdOf(c), c);
     std::sort(order.begin(), order.end(), [](const auto& x, const auto& y) {
       return x.first.spline != y.first.spline ? x.first.spline < y.first.spline : x.first.index < y.first.index;
     });
-    Pass(order);
+    Pass(order, readHooks);
   }
 
   // The pass over the whole figure, from fresh counters.
