@@ -655,8 +655,6 @@ void Figure::Delete(PointId point) {
   // The destructor frees the point's muscle data and clears its slot.
   DeleteCP(&first, c);
   s.points.erase(s.points.begin() + point.index);
-  s.points.front() = first;
-  impl_->Relink(s);
   impl_->Touched();
 }
 

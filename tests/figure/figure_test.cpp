@@ -263,6 +263,20 @@ TEST(Figure, ScreenWithoutInverseIsInvertedOrRefused) {
   f.SetView(Matrix{{{0, -1, 0, 0}, {1, 0, 0, 0}, {0, 0, 1, 0}}});
   EXPECT_EQ(f.Describe().inverseView.m[0][1], 1.0f);
   EXPECT_EQ(f.Describe().inverseView.m[1][0], -1.0f);
+  // A dense matrix: M * M^-1 is the identity up to float rounding, and
+  // M^-1 carries M's translation back to the origin.
+  const Matrix dense{{{2, 1, -1, 3}, {0.5f, 3, 1, -2}, {1, -2, 4, 0.25f}}};
+  f.SetScreen(dense);
+  const Matrix inv = f.Describe().inverseScreen;
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c) {
+      double sum = 0;
+      for (int k = 0; k < 3; ++k) sum += static_cast<double>(dense.m[r][k]) * inv.m[k][c];
+      EXPECT_NEAR(sum, r == c ? 1.0 : 0.0, 1e-6) << r << "," << c;
+    }
+  const Vector back = TransformPoint(inv, TransformPoint(dense, Vector(0, 0, 0)));
+  EXPECT_NEAR(Length(back), 0.0f, 1e-6f);
+  f.SetScreen(Matrix{{{2, 0, 0, 6}, {0, 4, 0, -8}, {0, 0, 1, 1}}});
   const Matrix flat{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 0, 0}}};
   EXPECT_THROW(f.SetScreen(flat), FigureError);
   EXPECT_EQ(f.Describe().inverseScreen.m[0][0], 0.5f);  // unchanged
