@@ -206,6 +206,11 @@ class SPLINECORE_API Figure {
   // last one also its end: segments * steps + 1 points; just the first
   // point's view position when the spline has no segment.
   std::vector<Vector> Sample(int spline, int steps);
+  // The spline's segments as an SVG path in `space` (x and y): "M x y"
+  // at the start of travel, then "C h0x h0y h1x h1y x y" per segment in
+  // travel order (as Sample), and "Z" for a closed spline. Numbers are the
+  // shortest decimal forms that read back to the same floats.
+  std::string SvgPath(int spline, Space space);
   // ValidateFigure over every spline: one "spline:index: rule: message" line
   // per violation; empty when the figure is valid.
   std::vector<std::string> Validate();

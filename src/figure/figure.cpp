@@ -3,6 +3,7 @@
 #include "splinecore/figure.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -836,6 +837,34 @@ std::vector<Vector> Figure::Sample(int spline, int steps) {
   }
   out.push_back(out.empty() ? TransformPoint(impl_->view.viewMatrix, first->Getp()) : col.p);
   return out;
+}
+
+std::string Figure::SvgPath(int spline, Space space) {
+  impl_->At(PointId{spline, 0});
+  const std::vector<SegmentCP*>& points = impl_->splines[static_cast<std::size_t>(spline)].points;
+  std::string path;
+  auto put = [&](char command, std::initializer_list<Vector> at) {
+    if (!path.empty()) path += ' ';
+    path += command;
+    for (const Vector& v : at) {
+      for (float x : {v.x, v.y}) {
+        char text[32];
+        const auto end = std::to_chars(text, text + sizeof text, x).ptr;
+        path += ' ';
+        path.append(text, end);
+      }
+    }
+  };
+  const int n = static_cast<int>(points.size());
+  for (int i = n - 1; i >= 0; --i) {
+    if (points[static_cast<std::size_t>(i)]->next == nullptr) continue;
+    const Bezier b = Segment(PointId{spline, i}, space);
+    if (path.empty()) put('M', {b.p0});
+    put('C', {b.h0, b.h1, b.p1});
+  }
+  if (path.empty()) put('M', {Position(PointId{spline, 0}, space)});
+  if (impl_->splines[static_cast<std::size_t>(spline)].closed) path += " Z";
+  return path;
 }
 
 std::vector<std::string> Figure::Validate() { return impl_->ValidateAll(); }

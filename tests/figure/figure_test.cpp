@@ -284,5 +284,26 @@ TEST(Figure, ScreenWithoutInverseIsInvertedOrRefused) {
   EXPECT_THROW(f.SetView(tiny), FigureError);  // 1e39 overflows float
 }
 
+TEST(Figure, SvgPathRunsThroughTheSegmentsInTravelOrder) {
+  // Two points (0,0) and (3,0): travel starts at the last point. Both ends
+  // take half the chord, (-1.5, 0), as tangent, so the handles lie a sixth
+  // of the chord inside: 3 - 0.5 and 0 + 0.5.
+  Figure f;
+  f.AddSpline(Line({{0, 0, 0}, {3, 0, 0}}));
+  EXPECT_EQ(f.SvgPath(0, Space::kScreen), "M 3 0 C 2.5 0 0.5 0 0 0");
+  // x' = x / 2 + 1, y' = 2 - y.
+  f.SetScreen(Matrix{{{0.5f, 0, 0, 1}, {0, -1, 0, 2}, {0, 0, 1, 0}}});
+  EXPECT_EQ(f.SvgPath(0, Space::kScreen), "M 2.5 2 C 2.25 2 1.25 2 1 2");
+  EXPECT_EQ(f.SvgPath(0, Space::kModel), "M 3 0 C 2.5 0 0.5 0 0 0");
+  // A closed spline ends with Z and has one C per point; one point: just M.
+  f.AddSpline(Line({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, true));
+  const std::string loop = f.SvgPath(1, Space::kModel);
+  EXPECT_EQ(std::count(loop.begin(), loop.end(), 'C'), 3);
+  EXPECT_EQ(loop.substr(0, 4), "M 0 ");
+  EXPECT_EQ(loop.substr(loop.size() - 2), " Z");
+  f.AddSpline(Line({{0.1f, -7, 0}}));
+  EXPECT_EQ(f.SvgPath(2, Space::kModel), "M 0.1 -7");
+}
+
 }  // namespace
 }  // namespace splinecore
