@@ -30,7 +30,7 @@ soak: deps
 demo:
 	@scripts/install-deps.sh demo
 	@cmake --preset default >/dev/null
-	@cmake --build --preset default --target splinecore-demo
+	@cmake --build --preset default --target splinecore-demo splinecore_python
 	@./build/default/examples/splinecore-demo --out build/demo/figure
 
 # Regenerates the demo's golden table from the current build; run it only on

@@ -8,7 +8,8 @@ for need in "$@"; do
   case "$need" in
     bench) packages+=(libbenchmark-dev lib2geom-dev libboost-dev) ;;
     fuzz) packages+=(clang libclang-rt-dev) ;;
-    demo|test) packages+=(libcairo2-dev nlohmann-json3-dev fonts-dejavu-core) ;;
+    demo|test) packages+=(libcairo2-dev nlohmann-json3-dev fonts-dejavu-core
+                          pybind11-dev python3-dev python3-numpy python3-pytest python3-matplotlib) ;;
     *) echo "install-deps: unknown set '$need'" >&2; exit 2 ;;
   esac
 done

@@ -138,6 +138,8 @@ class SPLINECORE_API Figure {
   ~Figure();
   Figure(const Figure&) = delete;
   Figure& operator=(const Figure&) = delete;
+  Figure(Figure&&) noexcept;  // the moved-from figure may only be destroyed or assigned to
+  Figure& operator=(Figure&&) noexcept;
 
   // --- building ------------------------------------------------------------
   // A spline of at least one point (two when closed). Returns its index.

@@ -476,6 +476,8 @@ Figure::Figure(const FigureDescription& d) : Figure() {
 }
 
 Figure::~Figure() = default;
+Figure::Figure(Figure&&) noexcept = default;
+Figure& Figure::operator=(Figure&&) noexcept = default;
 
 int Figure::AddSpline(const SplineDesc& spline) {
   const PointId next{static_cast<int>(impl_->splines.size()), 0};
