@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "splinecore/figure.h"
+#include "splinecore/measure.h"
 
 namespace splinecore {
 namespace {
@@ -41,6 +42,41 @@ void BM_LocalEdit10k(benchmark::State& state) { EditAndQuery(state, 10000, false
 void BM_LocalEdit100k(benchmark::State& state) { EditAndQuery(state, 100000, false); }
 void BM_MuscleEdit10k(benchmark::State& state) { EditAndQuery(state, 10000, true); }
 void BM_MuscleEdit100k(benchmark::State& state) { EditAndQuery(state, 100000, true); }
+
+// 10^4 lengths on one spline of 1,000 segments: PointsAtLengths' single
+// walk beside a walk per length (PositionDirectionFromSubLength each).
+struct LongSpline {
+  Figure f;
+  std::vector<float> lengths;
+  LongSpline() {
+    SplineDesc d;
+    for (int i = 0; i <= 1000; ++i)
+      d.points.push_back(PointDesc{Vector(static_cast<float>(i), 0.25f * static_cast<float>(i % 3), 0)});
+    f.AddSpline(d);
+    const float total = f.SplineLength(0);
+    for (int i = 0; i < 10000; ++i) lengths.push_back(total * static_cast<float>((i * 7919) % 10000) / 10000.0f);
+  }
+};
+
+void BM_LengthsOneWalk(benchmark::State& state) {
+  LongSpline s;
+  for (auto _ : state) benchmark::DoNotOptimize(s.f.PointsAtLengths(0, s.lengths));
+}
+
+void BM_LengthsWalkEach(benchmark::State& state) {
+  LongSpline s;
+  SegmentCP* first = s.f.ControlPoint(PointId{0, 0});
+  for (auto _ : state) {
+    for (float l : s.lengths) {
+      Vector position, direction;
+      PositionDirectionFromSubLength(first, l, &position, &direction);
+      benchmark::DoNotOptimize(position);
+    }
+  }
+}
+
+BENCHMARK(BM_LengthsOneWalk)->Name("10^4 lengths, 1000 segments/one walk")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LengthsWalkEach)->Name("10^4 lengths, 1000 segments/a walk per length")->Unit(benchmark::kMillisecond);
 
 BENCHMARK(BM_LocalEdit10k)->Name("figure local edit + query/10^4 points")->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_LocalEdit100k)->Name("figure local edit + query/10^5 points")->Unit(benchmark::kMicrosecond);

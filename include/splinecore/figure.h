@@ -199,7 +199,12 @@ class SPLINECORE_API Figure {
   std::vector<Bezier> HookPieces(PointId carrier, Space space);
   float SegmentLength(PointId point);  // view space; the point needs a next
   float SplineLength(int spline);
+  // The view-space point and direction at a length from the spline's first
+  // point (PositionDirectionFromSubLength's answer; beyond the end, the far
+  // end). Lengths must be finite and not negative.
   PointOnSpline PointAtLength(int spline, float length);
+  // The same for many lengths, in any order, in one walk of the spline that
+  // measures each segment once; bit for bit the answers of PointAtLength.
   std::vector<PointOnSpline> PointsAtLengths(int spline, const std::vector<float>& lengths);
   // View-space points along the spline by forward differencing, `steps`
   // (1 to 65535) per segment, in travel order: each segment from parameter 0

@@ -13,6 +13,7 @@
 
 #include "controlpoint/position_cache.h"
 #include "figure/reach.h"
+#include "measure/arc_length.h"
 #include "measure/forward_difference.h"
 #include "measure/view_cubic.h"
 #include "marrow/marrow.h"
@@ -806,11 +807,53 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
   for (float l : lengths)
     if (!std::isfinite(l) || l < 0.0f) Fail(PointId{spline, 0}, "lengths must be finite and not negative");
   impl_->Canonicalize();
+  // One walk measures every segment once, summing as the walk of
+  // PositionDirectionFromSubLength does; each length then finds the first
+  // segment whose running sum passes it. The sums need not rise (a rounded
+  // sum plus a zero length can fall back), so the search runs on their
+  // running maximum, which first passes a length where they first do.
+  struct Step {
+    SegmentCP* c;
+    float before;
+    double passed;  // the running maximum of the sums through c
+  };
+  std::vector<Step> steps;
+  SegmentCP* end = first;
+  if (first->GetNext() != nullptr) {
+    float walked = 0.0f;
+    double passed = -1.0;
+    for (SegmentCP* c = first;;) {
+      const bool wasLoopEnd = c->IsLoopEnd();
+      const float before = walked;
+      const double reached = static_cast<double>(walked) + CurveLength(c);
+      walked = static_cast<float>(reached);
+      passed = std::max(passed, reached);
+      steps.push_back(Step{c, before, passed});
+      c = c->GetNext();
+      if (wasLoopEnd || c->GetNext() == nullptr) {
+        end = c;
+        break;
+      }
+    }
+  }
+  const Matrix& view = impl_->view.viewMatrix;
   std::vector<PointOnSpline> out;
   out.reserve(lengths.size());
   for (float l : lengths) {
     PointOnSpline p{};
-    PositionDirectionFromSubLength(first, l, &p.position, &p.direction);
+    const auto at = std::upper_bound(steps.begin(), steps.end(), static_cast<double>(l),
+                                     [](double length, const Step& s) { return length < s.passed; });
+    if (at != steps.end()) {
+      const float rest = static_cast<float>(static_cast<double>(l) - at->before);
+      PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
+    } else {
+      // Beyond the end, or no segment: the far end at parameter 0.
+      p.position = TransformPoint(view, end->Getp());
+      if (!steps.empty()) {
+        p.direction = end->Getot();
+        TransformDirection(view, p.direction);
+      }
+    }
     out.push_back(p);
   }
   return out;
