@@ -265,12 +265,19 @@ Bad arguments raise ValueError (FigureError) or IndexError and change nothing.)d
                py::gil_scoped_release release;
                at = f.PointsAtLengths(spline, in);
              }
-             std::vector<Vector> positions, directions;
-             for (const PointOnSpline& p : at) {
-               positions.push_back(p.position);
-               directions.push_back(p.direction);
+             const py::ssize_t n = static_cast<py::ssize_t>(at.size());
+             py::array_t<float> positions({n, py::ssize_t{3}}), directions({n, py::ssize_t{3}});
+             float* p = positions.mutable_data();
+             float* d = directions.mutable_data();
+             for (const PointOnSpline& x : at) {
+               *p++ = x.position.x;
+               *p++ = x.position.y;
+               *p++ = x.position.z;
+               *d++ = x.direction.x;
+               *d++ = x.direction.y;
+               *d++ = x.direction.z;
              }
-             return py::make_tuple(Rows(positions), Rows(directions));
+             return py::make_tuple(positions, directions);
            },
            py::arg("spline"), py::arg("lengths"), "View-space (positions, directions), each (n, 3).")
       .def("sample",
