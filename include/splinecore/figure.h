@@ -20,11 +20,12 @@
 // and screen handles spline by spline, which places every hook). Queries
 // then only read caches.
 //
-// Cost: Move, SetDeltas, SetSmooth and SetHookS recompute only their reach
-// (the points within two steps along each spline, the hook runs on the
-// segments that end there and the hooks taking them as partners,
-// transitively), so a local edit costs the same on a figure of any size.
-// Every other edit recomputes the whole figure once, at the next query.
+// Cost: Move, SetDeltas, SetSmooth, SetHookS, and Delete in model mode,
+// recompute only their reach (the points within two steps along each
+// spline, the hook runs on the segments that end there and the hooks taking
+// them as partners, transitively), so a local edit costs the same on a
+// figure of any size. Every other edit recomputes the whole figure once, at
+// the next query.
 //
 // Segment direction: a point c whose next n exists owns the segment from n
 // (parameter 0) to c (parameter 1).

@@ -265,6 +265,20 @@ struct Figure::Impl {
     idsFresh = false;
   }
 
+  // After the point at `removed` (the control point `gone`) left its
+  // spline: the ids of the points after it move down by one.
+  void Renumbered(PointId removed, const SegmentCP* gone) {
+    const std::size_t spline = static_cast<std::size_t>(removed.spline);
+    if (musclePositions.size() == splines.size() &&
+        static_cast<std::size_t>(removed.index) < musclePositions[spline].size())
+      musclePositions[spline].erase(musclePositions[spline].begin() + removed.index);
+    if (!idsFresh) return;
+    ids.erase(gone);
+    const std::vector<SegmentCP*>& points = splines[spline].points;
+    for (std::size_t j = static_cast<std::size_t>(removed.index); j < points.size(); ++j)
+      ids[points[j]] = PointId{removed.spline, static_cast<int>(j)};
+  }
+
   // Local edits: c's position, or only its tangents, changed.
   void Moved(SegmentCP* c) {
     if (whole) return;
@@ -654,12 +668,26 @@ void Figure::Delete(PointId point) {
     Fail(point, "a hook needs a neighbour on its spline");
   if (c->prev != nullptr && c->prev->IsHasHooks() && c->next == nullptr)
     Fail(point, "its prev carries hooks and would be left without a next");
+  // What the deletion changes: the stack it leaves (heads, partners, the
+  // run it may belong to) and its spline neighbours, which become each
+  // other's.
+  std::vector<SegmentCP*> changed;
+  for (SegmentCP* m = Top(c); m != nullptr; m = m->stackNext)
+    if (m != c) changed.push_back(m);
+  for (SegmentCP* n : {c->prev, c->next})
+    if (n != nullptr && n != c) changed.push_back(n);
   SegmentCP* first = s.points.front();
   impl_->ForgetCustoms(c);
+  impl_->reach.Drop(c);
   // The destructor frees the point's muscle data and clears its slot.
   DeleteCP(&first, c);
   s.points.erase(s.points.begin() + point.index);
-  impl_->Touched();
+  impl_->Renumbered(point, c);
+  // In muscle mode the whole figure: host effects answer by PointId, which
+  // the deletion renumbers, and the muscle family's reach after a change of
+  // structure is not worked out.
+  if (impl_->muscle) impl_->Touched();
+  for (SegmentCP* m : changed) impl_->Moved(m);
 }
 
 void Figure::SetView(const Matrix& view, const Matrix& inverse) {

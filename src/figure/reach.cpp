@@ -1,5 +1,7 @@
 #include "figure/reach.h"
 
+#include <algorithm>
+
 #include "controlpoint/position_cache.h"
 
 namespace splinecore::detail {
@@ -31,6 +33,13 @@ void Reach::PositionChanged(SegmentCP* m) {
 
 void Reach::TangentChanged(SegmentCP* y) {
   if (turned_.insert(y).second) work_.emplace_back(Kind::kTangent, y);
+}
+
+void Reach::Drop(SegmentCP* gone) {
+  moved_.erase(gone);
+  turned_.erase(gone);
+  work_.erase(std::remove_if(work_.begin(), work_.end(), [&](const auto& w) { return w.second == gone; }),
+              work_.end());
 }
 
 // Who reads y's position or tangents besides its spline neighbours: the

@@ -22,6 +22,9 @@ class Reach {
   // y's tangents (and handles) changed: the hook runs placed on a segment
   // that ends at y and the hooks that take y as a partner.
   void TangentChanged(SegmentCP* y);
+  // Forgets a point about to be destroyed (its neighbours must be added in
+  // its place).
+  void Drop(SegmentCP* gone);
   // Closes the reach and returns it, whole hook runs included (placing one
   // hook re-places its run). Each point once, in no particular order.
   std::vector<SegmentCP*> Close();
