@@ -12,7 +12,7 @@ namespace {
 // Clears `converted` on every stack member from `top` down and on each
 // member's spline neighbours: their tangents depend on a moved position.
 void UnconvertStackFrom(SegmentCP* top) {
-  for (SegmentCP* m = top; m != nullptr; m = m->stackNext) {
+  for (SegmentCP* m : detail::StackFrom(top)) {
     m->OffConverted();
     if (m->next != nullptr) m->next->OffConverted();
     if (m->prev != nullptr) m->prev->OffConverted();
@@ -113,10 +113,10 @@ Vector& SegmentCP::Getscreenp() {
   // hook of the run, this one included, and must find it in place.
   h->OnScreenpCached();
   if (IsHook()) {
-    SegmentCP* carrier = FindCarrier(this);
+    SegmentCP* carrier = detail::FindCarrier(this);
     if (carrier != nullptr) {
       HookRange(carrier);
-      for (SegmentCP* k = carrier->stackNext; k != nullptr && k->IsHook(); k = k->stackNext) {
+      for (SegmentCP* k : detail::HookRun(carrier)) {
         k->OnScreenpCached();
         k->flags &= ~(cpflag::muscleDeltaCached | cpflag::musclepCached | cpflag::otCached | cpflag::itCached |
                       cpflag::screenotCached | cpflag::screenitCached);
@@ -155,13 +155,13 @@ void SegmentCP::OffCachedscreenpitot() {
 
 void RefreshMuscleHookRun(SegmentCP* k) {
   if (!k->IsHook() || k->IsMpCached()) return;
-  SegmentCP* carrier = FindCarrier(k);
+  SegmentCP* carrier = detail::FindCarrier(k);
   if (carrier == nullptr) return;
   // Set first, as Getscreenp does: a segment that ends on a hook whose
   // placement leads back to this run asks for k again while it is placed.
   k->OnMpCached();
   MHookRange(carrier);
-  for (SegmentCP* m = carrier->stackNext; m != nullptr && m->IsHook(); m = m->stackNext) {
+  for (SegmentCP* m : detail::HookRun(carrier)) {
     m->OnMpCached();
     m->flags &= ~(cpflag::motCached | cpflag::mitCached);
   }

@@ -3,6 +3,7 @@
 #ifndef SPLINECORE_SRC_CONTROLPOINT_POSITION_CACHE_H
 #define SPLINECORE_SRC_CONTROLPOINT_POSITION_CACHE_H
 
+#include "controlpoint/walks.h"
 #include "splinecore/segment_cp.h"
 
 namespace splinecore {
@@ -26,14 +27,6 @@ inline void CheckScreenGeneration(SegmentCP* x) {
     x->screenStamp = generation;
     x->flags &= ~cpflag::screenCaches;
   }
-}
-
-// The carrier of hook h: the first non-hook reached along stackPrev, or
-// null when there is none.
-inline SegmentCP* FindCarrier(SegmentCP* h) {
-  SegmentCP* c = h->stackPrev;
-  while (c != nullptr && c->IsHook()) c = c->stackPrev;
-  return c;
 }
 
 // For a hook k whose mpCached is clear: place its carrier's run in muscle

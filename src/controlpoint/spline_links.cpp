@@ -1,5 +1,6 @@
 // Splines (prev/next) and attached stacks (stackPrev/stackNext): link
 // accessors, head derivation, deletion and invalidation.
+#include "controlpoint/walks.h"
 #include "marrow/marrow.h"
 #include "splinecore/segment_cp.h"
 
@@ -13,9 +14,8 @@ SegmentCP** SegmentCP::GetNextUplink() { return &next; }
 SegmentCP** SegmentCP::GetPrevUplink() { return &prev; }
 
 void SegmentCP::SetHead() {
-  SegmentCP* top = this;
-  while (top->stackPrev != nullptr) top = top->stackPrev;
-  for (SegmentCP* m = top; m != nullptr; m = m->stackNext) {
+  SegmentCP* top = detail::StackTop(this);
+  for (SegmentCP* m : detail::StackFrom(top)) {
     m->OffHasHooks();
     m->OffLastHook();
     const SegmentCP* below = m->stackNext;
@@ -104,7 +104,7 @@ void DeleteCP(SegmentCP** first, SegmentCP* c) {
 void DeleteAllCP(SegmentCP* first) {
   for (SegmentCP* c = first; c != nullptr;) {
     UnlinkFromStack(c);
-    SegmentCP* next = c->IsLoopEnd() ? nullptr : c->next;
+    SegmentCP* next = detail::SplineStep(c);
     DestroyAndFree(c);
     c = next;
   }

@@ -4,6 +4,7 @@
 // the walk goes round.
 #include "splinecore/validate.h"
 
+#include "controlpoint/walks.h"
 #include "splinecore/segment_cp.h"
 
 namespace splinecore {
@@ -12,7 +13,7 @@ namespace {
 
 using Step = SegmentCP* (*)(SegmentCP*);
 
-SegmentCP* SplineStep(SegmentCP* c) { return c->IsLoopEnd() ? nullptr : c->next; }
+using detail::SplineStep;
 SegmentCP* UpStep(SegmentCP* c) { return c->stackPrev; }
 SegmentCP* DownStep(SegmentCP* c) { return c->stackNext; }
 
@@ -99,16 +100,13 @@ class Validator {
       }
       return;
     }
-    SegmentCP* top = c;
-    while (top->stackPrev != nullptr) top = top->stackPrev;
-    if (c->head != top) Report(c, FigureRule::kHeads, "head is not the top of the stack");
+    if (c->head != detail::StackTop(c)) Report(c, FigureRule::kHeads, "head is not the top of the stack");
     if (c->IsLastHook()) Report(c, FigureRule::kHeads, "a non-hook carries lastHook");
     if (c->IsHasHooks() != belowIsHook) Report(c, FigureRule::kHeads, "hasHooks differs from what SetHead derives");
   }
 
   void Carrier(SegmentCP* hook) {
-    SegmentCP* carrier = hook->stackPrev;
-    while (carrier != nullptr && carrier->IsHook()) carrier = carrier->stackPrev;
+    SegmentCP* carrier = detail::FindCarrier(hook);
     if (carrier == nullptr) {
       Report(hook, FigureRule::kHookCarrier, "a hook has no carrier above it");
     } else if (carrier->next == nullptr) {

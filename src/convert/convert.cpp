@@ -25,7 +25,7 @@ bool ConvertHook(HookSegmentCP* c) {
   if (neighbour == nullptr) return false;
   Vector d = neighbour->Getscreenp();
   d -= c->Getscreenp();
-  SegmentCP* carrier = FindCarrier(c);
+  SegmentCP* carrier = detail::FindCarrier(c);
   if (carrier == nullptr || carrier->next == nullptr) return false;
   SegmentCP* first = FirstHookPartner(c, carrier);
   if (first == nullptr) return false;

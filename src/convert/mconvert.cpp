@@ -24,7 +24,7 @@ void MConvertHook(HookSegmentCP* c) {
   if (neighbour == nullptr) return;
   Vector d = neighbour->Getmp();
   d -= c->Getmp();
-  SegmentCP* carrier = FindCarrier(c);
+  SegmentCP* carrier = detail::FindCarrier(c);
   if (carrier == nullptr || carrier->next == nullptr) return;
   SegmentCP* first = FirstHookPartner(c, carrier);
   if (first == nullptr) return;

@@ -95,10 +95,6 @@ bool Finite(const Matrix& m) {
   return true;
 }
 
-SegmentCP* Top(SegmentCP* c) {
-  while (c->stackPrev != nullptr) c = c->stackPrev;
-  return c;
-}
 
 void ZeroDerived(SegmentCP* c) {
   c->flags &= ~kDerivedFlags;
@@ -145,6 +141,13 @@ bool Invert(const Matrix& m, Matrix* out) {
 }
 
 }  // namespace
+
+using detail::FindCarrier;
+using detail::HookRun;
+using detail::RunBottom;
+using detail::SplinePoints;
+using detail::StackFrom;
+using detail::StackMembers;
 
 struct Figure::Impl {
   FigureCache cache{};
@@ -409,7 +412,7 @@ struct Figure::Impl {
       // carrier's stack and in the stack of the carrier's next).
       std::unordered_set<SegmentCP*> near;
       auto addStack = [&](SegmentCP* y) {
-        for (SegmentCP* z = Top(y); z != nullptr; z = z->stackNext) near.insert(z);
+        for (SegmentCP* z : StackMembers(y)) near.insert(z);
       };
       for (SegmentCP* x : points)
         for (SegmentCP* y : {x, x->prev, x->next, x->prev != nullptr ? x->prev->prev : nullptr,
@@ -469,8 +472,10 @@ struct Figure::Impl {
   void Relink(Spline& s) {
     const std::size_t n = s.points.size();
     std::vector<SegmentCP*> order;
-    for (SegmentCP* c = s.points.front(); c != nullptr && order.size() < n; c = c->IsLoopEnd() ? nullptr : c->next)
+    for (SegmentCP* c : SplinePoints(s.points.front())) {
+      if (order.size() == n) break;
       order.push_back(c);
+    }
     s.points = order;
   }
 };
@@ -537,8 +542,7 @@ void Figure::AddHook(PointId hook, PointId carrier) {
   if (c->IsHook()) Fail(carrier, "a hook carries no hooks");
   if (c->next == nullptr) Fail(carrier, "a carrier needs a next point (its segment)");
   if (c->next == h) Fail(hook, "a hook cannot ride on the segment that ends at it");
-  SegmentCP* above = c;
-  while (above->stackNext != nullptr && above->stackNext->IsHook()) above = above->stackNext;
+  SegmentCP* above = RunBottom(c);
   h->stackNext = above->stackNext;
   if (h->stackNext != nullptr) h->stackNext->stackPrev = h;
   h->stackPrev = above;
@@ -602,7 +606,7 @@ void Figure::Move(PointId point, Vector at) {
   SegmentCP* c = impl_->At(point);
   if (c->IsHook()) Fail(point, "a hook's position comes from its carrier's segment");
   if (!Finite(at)) Fail(point, "position must be finite");
-  for (SegmentCP* m = Top(c); m != nullptr; m = m->stackNext) {
+  for (SegmentCP* m : StackMembers(c)) {
     if (m->IsHook()) continue;
     m->p = at;
     impl_->Moved(m);
@@ -630,7 +634,7 @@ void Figure::SetHookS(PointId hook, float s) {
   static_cast<HookSegmentCP*>(h)->SetS(s);
   // The run is placed together: every hook of it may move.
   if (SegmentCP* carrier = FindCarrier(h)) {
-    for (SegmentCP* k = carrier->stackNext; k != nullptr && k->IsHook(); k = k->stackNext) impl_->Moved(k);
+    for (SegmentCP* k : HookRun(carrier)) impl_->Moved(k);
   } else {
     impl_->Touched();
   }
@@ -672,7 +676,7 @@ void Figure::Delete(PointId point) {
   // run it may belong to) and its spline neighbours, which become each
   // other's.
   std::vector<SegmentCP*> changed;
-  for (SegmentCP* m = Top(c); m != nullptr; m = m->stackNext)
+  for (SegmentCP* m : StackMembers(c))
     if (m != c) changed.push_back(m);
   for (SegmentCP* n : {c->prev, c->next})
     if (n != nullptr && n != c) changed.push_back(n);
@@ -798,7 +802,7 @@ std::vector<Bezier> Figure::HookPieces(PointId carrier, Space space) {
   auto out = [&](const Vector& v) { return space == Space::kScreen ? TransformPoint(screen, v) : v; };
   Vector start = muscle ? Position(carrier, Space::kMuscle) : c->Getp();
   HookSegmentCP* last = nullptr;
-  for (SegmentCP* m = c->stackNext; m != nullptr && m->IsHook(); m = m->stackNext) {
+  for (SegmentCP* m : HookRun(c)) {
     auto* h = static_cast<HookSegmentCP*>(m);
     const Vector end = muscle ? impl_->musclePositions[static_cast<std::size_t>(impl_->IdOf(h).spline)]
                                                       [static_cast<std::size_t>(impl_->IdOf(h).index)]
@@ -965,10 +969,10 @@ FigureDescription Figure::Describe() const {
     for (SegmentCP* c : s.points) {
       if (c->IsHook() || c->stackPrev != nullptr) continue;
       std::vector<PointId> stack;
-      for (SegmentCP* x = c; x != nullptr; x = x->stackNext) {
+      for (SegmentCP* x : StackFrom(c)) {
         if (x->IsHook()) continue;
         stack.push_back(m.IdOf(x));
-        for (SegmentCP* h = x->stackNext; h != nullptr && h->IsHook(); h = h->stackNext)
+        for (SegmentCP* h : HookRun(x))
           d.hooks.push_back(HookDesc{m.IdOf(h), m.IdOf(x)});
       }
       if (stack.size() > 1) d.stacks.push_back(stack);

@@ -2,27 +2,16 @@
 
 #include <algorithm>
 
-#include "controlpoint/position_cache.h"
+#include "controlpoint/walks.h"
 
 namespace splinecore::detail {
 
 namespace {
 
-// Calls f on every hook of carrier c's run.
-template <class F>
-void ForRun(SegmentCP* c, F f) {
-  for (SegmentCP* k = c->stackNext; k != nullptr && k->IsHook(); k = k->stackNext) f(k);
-}
-
 // The carrier whose segment ends at x (x's prev, when it carries hooks).
 SegmentCP* CarrierEndingAt(SegmentCP* x) {
   SegmentCP* c = x->prev;
   return c != nullptr && c->next == x && c->IsHasHooks() ? c : nullptr;
-}
-
-SegmentCP* Top(SegmentCP* x) {
-  while (x->stackPrev != nullptr) x = x->stackPrev;
-  return x;
 }
 
 }  // namespace
@@ -47,13 +36,15 @@ void Reach::Drop(SegmentCP* gone) {
 // partners sit in y's stack (partners come from the carrier's stack and
 // from the stack of the carrier's next).
 void Reach::Readers(SegmentCP* y) {
-  if (y->IsHasHooks()) ForRun(y, [&](SegmentCP* h) { PositionChanged(h); });
-  if (SegmentCP* c = CarrierEndingAt(y)) ForRun(c, [&](SegmentCP* h) { PositionChanged(h); });
-  for (SegmentCP* z = Top(y); z != nullptr; z = z->stackNext) {
+  if (y->IsHasHooks())
+    for (SegmentCP* h : HookRun(y)) PositionChanged(h);
+  if (SegmentCP* c = CarrierEndingAt(y))
+    for (SegmentCP* h : HookRun(c)) PositionChanged(h);
+  for (SegmentCP* z : StackMembers(y)) {
     if (z->IsHook()) {
       TangentChanged(z);
     } else if (SegmentCP* c = CarrierEndingAt(z)) {
-      ForRun(c, [&](SegmentCP* h) { TangentChanged(h); });
+      for (SegmentCP* h : HookRun(c)) TangentChanged(h);
     }
   }
 }
@@ -79,7 +70,8 @@ std::vector<SegmentCP*> Reach::Close() {
   std::vector<SegmentCP*> out;
   for (SegmentCP* x : all) {
     if (!x->IsHook()) continue;
-    if (SegmentCP* carrier = FindCarrier(x)) ForRun(carrier, [&](SegmentCP* h) { out.push_back(h); });
+    if (SegmentCP* carrier = FindCarrier(x))
+      for (SegmentCP* h : HookRun(carrier)) out.push_back(h);
   }
   all.insert(out.begin(), out.end());
   return std::vector<SegmentCP*>(all.begin(), all.end());

@@ -2,15 +2,13 @@
 // points of a group list. Invalidation goes through SegmentCP::Touch only.
 #include "groups/group_edit.h"
 
+#include "controlpoint/walks.h"
 #include "splinecore/groups.h"
 
 namespace splinecore {
 namespace {
 
-SegmentCP* StackTop(SegmentCP* c) {
-  while (c->stackPrev != nullptr) c = c->stackPrev;
-  return c;
-}
+using detail::StackMembers;
 
 // Some member above c, the top included, carries `grouped`.
 bool GroupedAbove(const SegmentCP* c) {
@@ -39,12 +37,6 @@ void TouchRunOf(SegmentCP* x, long mode) {
   if (x != nullptr && x->IsHasHooks()) TouchHookRun(x->stackNext, mode);
 }
 
-// From `from` up along stackPrev past hooks: the first non-hook, or null.
-SegmentCP* FirstNonHookUpward(SegmentCP* from) {
-  while (from != nullptr && from->IsHook()) from = from->stackPrev;
-  return from;
-}
-
 void TouchUnlessExempt(SegmentCP* c, long mode) {
   if (!c->IsExempt()) c->Touch(mode);
 }
@@ -65,7 +57,7 @@ void TouchNextSide(SegmentCP* n, long mode) {
   SegmentCP* above = n->stackPrev;
   if (above == nullptr) return;
   if (above->IsHook()) {
-    SegmentCP* y = FirstNonHookUpward(above);
+    SegmentCP* y = detail::FirstNonHookAbove(n);
     if (y != nullptr) TouchHookRun(y->stackNext, mode);
   }
   TouchRunOf(above->prev, mode);
@@ -78,7 +70,7 @@ void TouchPrevSide(SegmentCP* p, long mode) {
   TouchRunsBelow(p, mode);
   SegmentCP* above = p->stackPrev;
   if (above != nullptr) {
-    SegmentCP* y = FirstNonHookUpward(above);
+    SegmentCP* y = detail::FirstNonHookAbove(p);
     if (y != nullptr) TouchHookRun(y->stackNext, mode);
     TouchRunOf(above->prev, mode);
   }
@@ -91,12 +83,12 @@ void TouchPrevSide(SegmentCP* p, long mode) {
 }  // namespace
 
 void TouchHookRun(SegmentCP* h, long mode) {
-  for (; h != nullptr && h->IsHook(); h = h->stackNext) {
-    h->Touch(mode);
-    if (SegmentCP* n = h->next) {
+  for (SegmentCP* k : detail::RunFrom(h)) {
+    k->Touch(mode);
+    if (SegmentCP* n = k->next) {
       TouchUnlessExempt(n, mode);
       if (n->next != nullptr) TouchUnlessExempt(n->next, mode);
-    } else if (SegmentCP* p = h->prev) {
+    } else if (SegmentCP* p = k->prev) {
       TouchUnlessExempt(p, mode);
       if (p->prev != nullptr) TouchUnlessExempt(p->prev, mode);
     }
@@ -121,14 +113,14 @@ void MoveGroup(GroupNode* list, Vector displacement) {
   for (GroupNode* node = list; node != nullptr; node = node->next) {
     SegmentCP* c = node->cp;
     if (c->IsHook() || GroupedAbove(c)) continue;
-    SegmentCP* top = StackTop(c);
+    SegmentCP* top = detail::StackTop(c);
     top->p += w;
     ConvertCP(top);
   }
 }
 
 void ConvertCP(SegmentCP* cp) {
-  for (SegmentCP* m = StackTop(cp); m != nullptr; m = m->stackNext) {
+  for (SegmentCP* m : StackMembers(cp)) {
     m->Touch(0);
     if (SegmentCP* n = m->next) {
       n->Touch(0);
@@ -145,7 +137,7 @@ void ConvertGroup(GroupNode* list, long mode) {
   for (GroupNode* node = list; node != nullptr; node = node->next) {
     SegmentCP* c = node->cp;
     if (GroupedAboveBelowTop(c)) continue;
-    for (SegmentCP* m = StackTop(c); m != nullptr; m = m->stackNext) {
+    for (SegmentCP* m : StackMembers(c)) {
       m->Touch(mode);
       if (m->next != nullptr) TouchNextSide(m->next, mode);
       if (m->prev != nullptr) TouchPrevSide(m->prev, mode);

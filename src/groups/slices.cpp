@@ -1,6 +1,7 @@
 // Slice lists: keeping, searching, grouping and reversing splines.
 #include "splinecore/slices.h"
 
+#include "controlpoint/walks.h"
 #include "groups/reverse_hook_run.h"
 #include "hooks/snap.h"
 #include "marrow/marrow.h"
@@ -10,11 +11,11 @@
 namespace splinecore {
 namespace {
 
-// Walks the spline from `first`: ends after the loopEnd point or at a null next.
-SegmentCP* WalkNext(SegmentCP* c) { return c->IsLoopEnd() ? nullptr : c->next; }
+using detail::HookRun;
+using detail::SplinePoints;
 
 bool SliceHolds(const Slice* slice, const SegmentCP* cp) {
-  for (SegmentCP* c = slice->first; c != nullptr; c = WalkNext(c)) {
+  for (SegmentCP* c : SplinePoints(slice->first)) {
     if (c == cp) return true;
   }
   return false;
@@ -23,10 +24,8 @@ bool SliceHolds(const Slice* slice, const SegmentCP* cp) {
 // Takes c out of the group when a member of its stack is grouped (removing
 // every grouped member), else puts c in.
 void ToggleStack(SegmentCP* c, GroupNode** group) {
-  SegmentCP* top = c;
-  while (top->stackPrev != nullptr) top = top->stackPrev;
   bool anyGrouped = false;
-  for (SegmentCP* m = top; m != nullptr; m = m->stackNext) {
+  for (SegmentCP* m : detail::StackMembers(c)) {
     if (!m->IsGrouped()) continue;
     anyGrouped = true;
     m->DeleteFromGroup(group);
@@ -49,8 +48,8 @@ bool CarriesRun(const SegmentCP* c) {
 }
 
 // Whether x is one of the hooks hanging directly below carrier c.
-bool InRunOf(const SegmentCP* c, const SegmentCP* x) {
-  for (const SegmentCP* h = c->stackNext; h != nullptr && h->IsHook(); h = h->stackNext) {
+bool InRunOf(SegmentCP* c, const SegmentCP* x) {
+  for (const SegmentCP* h : HookRun(c)) {
     if (h == x) return true;
   }
   return false;
@@ -59,13 +58,12 @@ bool InRunOf(const SegmentCP* c, const SegmentCP* x) {
 // A run stays with its carrier when the carrier has no new prev X, or when
 // X is one of the run's own hooks (hanging the run below X would link the
 // stack into a cycle).
-bool KeepsRun(const SegmentCP* c) { return c->prev == nullptr || InRunOf(c, c->prev); }
+bool KeepsRun(SegmentCP* c) { return c->prev == nullptr || InRunOf(c, c->prev); }
 
 // Reverses carrier c's run where it hangs: c -> H ... R -> B, s mirrored.
 void ReverseRunInPlace(SegmentCP* c) {
   SegmentCP* r = c->stackNext;
-  SegmentCP* below = r;
-  while (below != nullptr && below->IsHook()) below = below->stackNext;
+  SegmentCP* below = detail::FirstNonHookBelow(r);
   SegmentCP* h = ReverseHookRun(r);
   c->stackNext = h;
   h->stackPrev = c;
@@ -81,8 +79,7 @@ struct Run {
 // Takes c's run (every hook below c, however it got there) from c and
 // closes the gap.
 Run DetachRun(SegmentCP* c) {
-  Run run{c->stackNext, c->stackNext};
-  while (run.bottom->stackNext != nullptr && run.bottom->stackNext->IsHook()) run.bottom = run.bottom->stackNext;
+  const Run run{c->stackNext, detail::RunBottom(c->stackNext)};
   SegmentCP* below = run.bottom->stackNext;
   c->stackNext = below;
   if (below != nullptr) below->stackPrev = c;
@@ -116,19 +113,19 @@ bool RunHolds(const Run& run, const SegmentCP* x) {
 // point. A run handed to a hook of a run not yet moved moves with that hook.
 void MoveHookRuns(SegmentCP* first, bool closed) {
   if (!closed) {
-    for (SegmentCP* c = first; c != nullptr; c = WalkNext(c)) {
+    for (SegmentCP* c : SplinePoints(first)) {
       if (!CarriesRun(c) || KeepsRun(c)) continue;
       ReverseRunInPlace(c);
       HangRun(DetachRun(c), c->prev);
     }
     return;
   }
-  for (SegmentCP* c = first; c != nullptr; c = WalkNext(c)) {
+  for (SegmentCP* c : SplinePoints(first)) {
     if (CarriesRun(c) && !KeepsRun(c)) ReverseRunInPlace(c);
   }
   const bool firstMoves = CarriesRun(first) && !KeepsRun(first);
   const Run firstRun = firstMoves ? DetachRun(first) : Run{nullptr, nullptr};
-  for (SegmentCP* c = WalkNext(first); c != nullptr; c = WalkNext(c)) {
+  for (SegmentCP* c : SplinePoints(detail::SplineStep(first))) {
     if (CarriesRun(c) && !KeepsRun(c)) HangRun(DetachRun(c), c->prev);
   }
   if (!firstMoves) return;
@@ -170,7 +167,7 @@ void GroupSlice(Slice* list, SegmentCP* cp, GroupNode** group) {
   GroupNode* marks = nullptr;
   for (GroupNode* node = *group; node != nullptr; node = node->next) node->cp->AddToGroup(&marks, 1);
   if (Slice* slice = MatchSliceCP(list, cp)) {
-    for (SegmentCP* c = slice->first; c != nullptr; c = WalkNext(c)) {
+    for (SegmentCP* c : SplinePoints(slice->first)) {
       if (!c->IsExempt()) ToggleStack(c, group);
     }
   }
@@ -178,8 +175,7 @@ void GroupSlice(Slice* list, SegmentCP* cp, GroupNode** group) {
 }
 
 SegmentCP* ReverseHookRun(SegmentCP* r) {
-  SegmentCP* h = r;
-  while (h->stackNext != nullptr && h->stackNext->IsHook()) h = h->stackNext;
+  SegmentCP* h = detail::RunBottom(r);
   h->OffLastHook();
   r->OnLastHook();
   for (SegmentCP* hook = r;;) {

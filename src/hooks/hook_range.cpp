@@ -1,21 +1,12 @@
 // Placement of a carrier's hooks on its segment, in screen space
 // (HookRange) and in muscle mode (MHookRange).
+#include "controlpoint/walks.h"
 #include "hooks/subdivide_bezier.h"
 #include "splinecore/hooks.h"
 
 namespace splinecore {
 
 namespace {
-
-HookSegmentCP* FirstOfRun(SegmentCP* carrier) {
-  SegmentCP* k = carrier->stackNext;
-  return k != nullptr && k->IsHook() ? static_cast<HookSegmentCP*>(k) : nullptr;
-}
-
-HookSegmentCP* NextOfRun(HookSegmentCP* h) {
-  SegmentCP* k = h->stackNext;
-  return k != nullptr && k->IsHook() ? static_cast<HookSegmentCP*>(k) : nullptr;
-}
 
 // The segment parameter of a hook: t runs from the carrier's next (0) to
 // the carrier (1), s the other way.
@@ -34,7 +25,8 @@ void HookRange(SegmentCP* carrier) {
   Vector c2;
   Vector scratch;
   HookSegmentCP* last = nullptr;
-  for (HookSegmentCP* h = FirstOfRun(carrier); h != nullptr; h = NextOfRun(h)) {
+  for (SegmentCP* k : detail::HookRun(carrier)) {
+    auto* h = static_cast<HookSegmentCP*>(k);
     c1 = end->Getscreenot();
     c2 = carrier->Getscreenit();
     // Places the whole run first when h's screen position is stale, so that
@@ -65,7 +57,8 @@ void MHookRange(SegmentCP* carrier) {
   Vector c2;
   Vector scratch;
   HookSegmentCP* last = nullptr;
-  for (HookSegmentCP* h = FirstOfRun(carrier); h != nullptr; h = NextOfRun(h)) {
+  for (SegmentCP* k : detail::HookRun(carrier)) {
+    auto* h = static_cast<HookSegmentCP*>(k);
     c1 = end->Getmot();
     c2 = carrier->Getmit();
     const float b = ParameterOf(h);

@@ -1,22 +1,11 @@
 #include "tangents/hook_partners.h"
 
+#include "controlpoint/walks.h"
+
 namespace splinecore {
 
-namespace {
-
-SegmentCP* FirstNonHookBelow(SegmentCP* x) {
-  SegmentCP* m = x->stackNext;
-  while (m != nullptr && m->IsHook()) m = m->stackNext;
-  return m;
-}
-
-SegmentCP* FirstNonHookAbove(SegmentCP* x) {
-  SegmentCP* m = x->stackPrev;
-  while (m != nullptr && m->IsHook()) m = m->stackPrev;
-  return m;
-}
-
-}  // namespace
+using detail::FirstNonHookAbove;
+using detail::FirstNonHookBelow;
 
 SegmentCP* FirstHookPartner(SegmentCP* hook, SegmentCP* carrier) {
   if (carrier->stackPrev != nullptr) return carrier->stackPrev;

@@ -32,7 +32,7 @@ bool ValidateTangents(SegmentCP* c) {
   if (c->next != nullptr) c->next->Getp();
   if (c->prev != nullptr) c->prev->Getp();
   if (c->IsHook()) {
-    SegmentCP* carrier = FindCarrier(c);
+    SegmentCP* carrier = detail::FindCarrier(c);
     if (carrier == nullptr || carrier->next == nullptr) return false;
     SegmentCP* first = FirstHookPartner(c, carrier);
     if (first == nullptr) return false;
@@ -85,7 +85,7 @@ bool PrepareMuscleTangents(SegmentCP* c) {
   if (c->next != nullptr) RefreshMuscleHookRun(c->next);
   if (c->prev != nullptr) RefreshMuscleHookRun(c->prev);
   if (!c->IsHook()) return true;
-  SegmentCP* carrier = FindCarrier(c);
+  SegmentCP* carrier = detail::FindCarrier(c);
   if (carrier == nullptr || carrier->next == nullptr) return false;
   SegmentCP* first = FirstHookPartner(c, carrier);
   if (first == nullptr) return false;
