@@ -1,70 +1,88 @@
-// SegmentCP::Convert: model-space tangents found in screen space.
-#include "controlpoint/position_cache.h"
+// SegmentCP::Convert and SegmentCP::MConvert: one conversion written over
+// the space it runs in. Convert finds model tangents in screen space and
+// carries them back with inverseScreenMatrix; MConvert finds muscle-mode
+// tangents from the muscle-placement positions, with no transform.
+#include "controlpoint/spaces.h"
 #include "convert/apply_delta.h"
 #include "convert/convert_common.h"
-#include "splinecore/hooks.h"
 #include "tangents/hook_partners.h"
 
 namespace splinecore {
 
 namespace {
 
-// The screen handle offset of partner x, out-offset asked for first.
-Vector ScreenPartnerOffset(SegmentCP* x, const Vector& d) {
-  Vector outOffset = x->Getscreenot();
-  outOffset -= x->Getscreenp();
-  Vector inOffset = x->Getscreenp();
-  inOffset -= x->Getscreenit();
+using detail::MuscleSpace;
+using detail::ScreenSpace;
+
+// The handle offset of partner x, out-offset asked for first.
+template <class Space>
+Vector PartnerOffsetIn(SegmentCP* x, const Vector& d) {
+  Vector outOffset = Space::OutHandle(x);
+  outOffset -= Space::Position(x);
+  Vector inOffset = Space::Position(x);
+  inOffset -= Space::InHandle(x);
   return PartnerOffset(d, outOffset, inOffset);
 }
 
-// A hook's tangent, interpolated at s between its partners' screen handle
-// offsets. Returns false, writing nothing, when a partner is missing.
+// A hook's tangent, interpolated at s between its partners' handle offsets.
+// Returns false, writing nothing, when a spline neighbour, the carrier with
+// a next or a partner is missing.
+template <class Space>
 bool ConvertHook(HookSegmentCP* c) {
   SegmentCP* neighbour = c->prev != nullptr ? c->prev : c->next;
   if (neighbour == nullptr) return false;
-  Vector d = neighbour->Getscreenp();
-  d -= c->Getscreenp();
+  Vector d = Space::Position(neighbour);
+  d -= Space::Position(c);
   SegmentCP* carrier = detail::FindCarrier(c);
   if (carrier == nullptr || carrier->next == nullptr) return false;
   SegmentCP* first = FirstHookPartner(c, carrier);
   if (first == nullptr) return false;
-  const Vector t1 = ScreenPartnerOffset(first, d);
+  const Vector t1 = PartnerOffsetIn<Space>(first, d);
   SegmentCP* second = SecondHookPartnerForConvert(carrier);
   if (second == nullptr) return false;
-  const Vector t2 = ScreenPartnerOffset(second, d);
+  const Vector t2 = PartnerOffsetIn<Space>(second, d);
   const Vector t = InterpolateHookTangent(t1, t2, c->GetS());
   // Without a prev the hook's neighbour lies ahead: reverse so that the
   // tangent keeps pointing toward prev.
-  c->ot = c->prev != nullptr ? t : -t;
-  c->it = c->ot;
+  Space::OutTangent(c) = c->prev != nullptr ? t : -t;
+  Space::InTangent(c) = Space::OutTangent(c);
   return true;
 }
 
-}  // namespace
-
-void SegmentCP::Convert() {
-  if (IsHook()) {
-    if (!ConvertHook(static_cast<HookSegmentCP*>(this))) return;
+template <class Space>
+void ConvertIn(SegmentCP* c) {
+  Vector& it = Space::InTangent(c);
+  Vector& ot = Space::OutTangent(c);
+  if (c->IsHook()) {
+    if (!ConvertHook<Space>(static_cast<HookSegmentCP*>(c))) return;
   } else {
-    const Delta in = Getindelta();
-    const Delta out = Getoutdelta();
+    const Delta in = c->Getindelta();
+    const Delta out = c->Getoutdelta();
+    const int screen = Space::kScreen ? 1 : 0;
     if (MakesNoTurn(in) && MakesNoTurn(out)) {
-      GetTangents(&it, &ot, nullptr, nullptr, 1);
+      c->GetTangents(&it, &ot, nullptr, nullptr, screen);
       if (in.magnitude != 1.0f) it *= in.magnitude;
       if (out.magnitude != 1.0f) ot *= out.magnitude;
     } else {
       Vector inNormal;
       Vector outNormal;
-      if (GetTangents(&it, &ot, &inNormal, &outNormal, 1) != 0) {
+      if (c->GetTangents(&it, &ot, &inNormal, &outNormal, screen) != 0) {
         ApplyDelta(it, in.pitch, in.yaw, in.magnitude, inNormal);
         ApplyDelta(ot, out.pitch, out.yaw, out.magnitude, outNormal);
       }
     }
   }
-  const Matrix& inverse = cache->view->inverseScreenMatrix;
-  TransformDirection(inverse, ot);
-  TransformDirection(inverse, it);
+  if constexpr (Space::kScreen) {
+    const Matrix& inverse = c->cache->view->inverseScreenMatrix;
+    TransformDirection(inverse, ot);
+    TransformDirection(inverse, it);
+  }
 }
+
+}  // namespace
+
+void SegmentCP::Convert() { ConvertIn<ScreenSpace>(this); }
+
+void SegmentCP::MConvert() { ConvertIn<MuscleSpace>(this); }
 
 }  // namespace splinecore

@@ -1,8 +1,8 @@
-// Placement of a carrier's hooks on its segment, in screen space
-// (HookRange) and in muscle mode (MHookRange).
-#include "controlpoint/walks.h"
+// Placement of a carrier's hooks on its segment, written once over the
+// space: in screen space (HookRange: the pieces are cut in screen space and
+// carried back to model space) and in muscle mode (MHookRange).
+#include "controlpoint/spaces.h"
 #include "hooks/subdivide_bezier.h"
-#include "splinecore/hooks.h"
 
 namespace splinecore {
 
@@ -12,14 +12,13 @@ namespace {
 // the carrier (1), s the other way.
 float ParameterOf(HookSegmentCP* h) { return static_cast<float>(1.0 - h->GetS()); }
 
-}  // namespace
-
-void HookRange(SegmentCP* carrier) {
+template <class Space>
+void PlaceRun(SegmentCP* carrier) {
   SegmentCP* end = carrier->next;
   if (end == nullptr) return;
   const Matrix& inverse = carrier->cache->view->inverseScreenMatrix;
-  const Vector q = end->Getscreenp();
-  const Vector p = carrier->Getscreenp();
+  const Vector q = Space::Position(end);
+  const Vector p = Space::Position(carrier);
   float a = 1.0f;
   Vector c1;
   Vector c2;
@@ -27,48 +26,34 @@ void HookRange(SegmentCP* carrier) {
   HookSegmentCP* last = nullptr;
   for (SegmentCP* k : detail::HookRun(carrier)) {
     auto* h = static_cast<HookSegmentCP*>(k);
-    c1 = end->Getscreenot();
-    c2 = carrier->Getscreenit();
+    c1 = Space::OutHandle(end);
+    c2 = Space::InHandle(carrier);
     // Places the whole run first when h's screen position is stale, so that
     // every hook's screenp comes from its new place.
-    h->Getscreenp();
+    if constexpr (Space::kScreen) h->Getscreenp();
     const float b = ParameterOf(h);
-    SubdivideBezier(&q, c1, c2, &p, a, b, &scratch, &h->hit, &h->hot, &h->p);
-    h->hit = TransformPoint(inverse, h->hit);
-    h->hot = TransformPoint(inverse, h->hot);
-    h->p = TransformPoint(inverse, h->p);
+    SubdivideBezier(&q, c1, c2, &p, a, b, &scratch, &Space::HookIn(h), &Space::HookOut(h), &h->p);
+    if constexpr (Space::kScreen) {
+      h->hit = TransformPoint(inverse, h->hit);
+      h->hot = TransformPoint(inverse, h->hot);
+      h->p = TransformPoint(inverse, h->p);
+    }
     a = ParameterOf(h);
     last = h;
   }
   if (last == nullptr) return;
   Vector scratchEnd;
-  SubdivideBezier(&q, c1, c2, &p, a, 0.0f, &scratch, &last->pit, &last->pot, &scratchEnd);
-  last->pit = TransformPoint(inverse, last->pit);
-  last->pot = TransformPoint(inverse, last->pot);
+  SubdivideBezier(&q, c1, c2, &p, a, 0.0f, &scratch, &Space::LastIn(last), &Space::LastOut(last), &scratchEnd);
+  if constexpr (Space::kScreen) {
+    last->pit = TransformPoint(inverse, last->pit);
+    last->pot = TransformPoint(inverse, last->pot);
+  }
 }
 
-void MHookRange(SegmentCP* carrier) {
-  SegmentCP* end = carrier->next;
-  if (end == nullptr) return;
-  const Vector q = end->Getmp();
-  const Vector p = carrier->Getmp();
-  float a = 1.0f;
-  Vector c1;
-  Vector c2;
-  Vector scratch;
-  HookSegmentCP* last = nullptr;
-  for (SegmentCP* k : detail::HookRun(carrier)) {
-    auto* h = static_cast<HookSegmentCP*>(k);
-    c1 = end->Getmot();
-    c2 = carrier->Getmit();
-    const float b = ParameterOf(h);
-    SubdivideBezier(&q, c1, c2, &p, a, b, &scratch, &h->mhit, &h->mhot, &h->p);
-    a = ParameterOf(h);
-    last = h;
-  }
-  if (last == nullptr) return;
-  Vector scratchEnd;
-  SubdivideBezier(&q, c1, c2, &p, a, 0.0f, &scratch, &last->mpit, &last->mpot, &scratchEnd);
-}
+}  // namespace
+
+void HookRange(SegmentCP* carrier) { PlaceRun<detail::ScreenSpace>(carrier); }
+
+void MHookRange(SegmentCP* carrier) { PlaceRun<detail::MuscleSpace>(carrier); }
 
 }  // namespace splinecore

@@ -1,7 +1,7 @@
 // Lazily computed tangents and handle points: model (Getit/Getot), screen
 // (Getscreenit/Getscreenot) and muscle mode (Getmit/Getmot).
 #include "controlpoint/checked.h"
-#include "controlpoint/position_cache.h"
+#include "controlpoint/spaces.h"
 #include "tangents/hook_partners.h"
 
 namespace splinecore {
@@ -14,33 +14,41 @@ constexpr float kInThird = -0.3333333432674408f;
 constexpr float kOutThird = 0.3333333432674408f;
 
 // A partner of a hook: refresh the positions around it, then convert it
-// when its conversion is stale.
+// when its conversion in this space is stale.
+template <class Space>
 void RefreshPartner(SegmentCP* x) {
-  if (x->next != nullptr) x->next->Getp();
-  if (x->prev != nullptr) x->prev->Getp();
-  if (!x->IsConverted()) {
-    x->OnConverted();
-    x->Convert();
+  if (x->next != nullptr) Space::Refresh(x->next);
+  if (x->prev != nullptr) Space::Refresh(x->prev);
+  if (!Space::IsConverted(x)) {
+    Space::OnConverted(x);
+    Space::Convert(x);
   }
 }
 
-// Brings c's model tangents up to date once its member flag was found clear:
-// the neighbours' positions, a hook's partners, then the conversion. Returns
-// false for a hook without both partners (or without a carrier with a next);
-// c is not converted then.
+// What c's tangents read, brought up to date once a member flag was found
+// clear: the positions of its neighbours and, for a hook, its partners.
+// False for a hook without both partners (or without a carrier with a
+// next): it gets no tangent.
+template <class Space>
+bool PrepareTangents(SegmentCP* c) {
+  if (c->next != nullptr) Space::Refresh(c->next);
+  if (c->prev != nullptr) Space::Refresh(c->prev);
+  if (!c->IsHook()) return true;
+  SegmentCP* carrier = detail::FindCarrier(c);
+  if (carrier == nullptr || carrier->next == nullptr) return false;
+  SegmentCP* first = FirstHookPartner(c, carrier);
+  if (first == nullptr) return false;
+  RefreshPartner<Space>(first);
+  SegmentCP* second = SecondHookPartnerForGetters(carrier);
+  if (second == nullptr) return false;
+  RefreshPartner<Space>(second);
+  return true;
+}
+
+// Brings c's model tangents up to date: PrepareTangents, then the
+// conversion when it is stale.
 bool ValidateTangents(SegmentCP* c) {
-  if (c->next != nullptr) c->next->Getp();
-  if (c->prev != nullptr) c->prev->Getp();
-  if (c->IsHook()) {
-    SegmentCP* carrier = detail::FindCarrier(c);
-    if (carrier == nullptr || carrier->next == nullptr) return false;
-    SegmentCP* first = FirstHookPartner(c, carrier);
-    if (first == nullptr) return false;
-    RefreshPartner(first);
-    SegmentCP* second = SecondHookPartnerForGetters(carrier);
-    if (second == nullptr) return false;
-    RefreshPartner(second);
-  }
+  if (!PrepareTangents<detail::ScreenSpace>(c)) return false;
   if (!c->IsConverted()) {
     c->OnConverted();
     c->Convert();
@@ -70,32 +78,6 @@ Vector& ScreenHandle(SegmentCP* c, Vector& handle, std::uint32_t handleFlag, Vec
   return handle;
 }
 
-void RefreshMusclePartner(SegmentCP* x) {
-  if (x->next != nullptr) RefreshMuscleHookRun(x->next);
-  if (x->prev != nullptr) RefreshMuscleHookRun(x->prev);
-  if (!x->IsMconverted()) {
-    x->OnMconverted();
-    x->MConvert();
-  }
-}
-
-// The muscle twin of ValidateTangents up to the conversion: false for a hook
-// without both partners (or without a carrier with a next).
-bool PrepareMuscleTangents(SegmentCP* c) {
-  if (c->next != nullptr) RefreshMuscleHookRun(c->next);
-  if (c->prev != nullptr) RefreshMuscleHookRun(c->prev);
-  if (!c->IsHook()) return true;
-  SegmentCP* carrier = detail::FindCarrier(c);
-  if (carrier == nullptr || carrier->next == nullptr) return false;
-  SegmentCP* first = FirstHookPartner(c, carrier);
-  if (first == nullptr) return false;
-  RefreshMusclePartner(first);
-  SegmentCP* second = SecondHookPartnerForGetters(carrier);
-  if (second == nullptr) return false;
-  RefreshMusclePartner(second);
-  return true;
-}
-
 // Turns a member holding a muscle tangent into its handle point, in place:
 // Getmp(head) plus tangent * third.
 void ToHandle(SegmentCP* c, Vector& member, float third) {
@@ -110,7 +92,7 @@ Vector& MuscleHandle(SegmentCP* c, Vector& member, std::uint32_t flag, float thi
                      std::uint32_t otherFlag, float otherThird) {
   if ((c->flags & flag) != 0) return member;
   c->flags |= flag;
-  if (!PrepareMuscleTangents(c)) {
+  if (!PrepareTangents<detail::MuscleSpace>(c)) {
     member = Vector(0.0f, 0.0f, 0.0f);
     return member;
   }
