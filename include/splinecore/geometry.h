@@ -14,6 +14,7 @@ namespace splinecore {
 
 struct Vector;
 inline Vector Scaled(const Vector& v, double s);
+inline Vector ScaledByReciprocal(const Vector& v, float length);
 
 // Three consecutive floats with nothing between or after them; host records
 // index arrays of Vector with this 12-byte element size.
@@ -69,7 +70,7 @@ struct Vector {
   Vector& Normalize() {
     const double length = std::sqrt(Dot(*this));
     if (length == 0.0) return *this;
-    return *this = Scaled(*this, 1.0 / static_cast<double>(static_cast<float>(length)));
+    return *this = ScaledByReciprocal(*this, static_cast<float>(length));
   }
 
   // Right-handed cross product this x o, each component one rounding.
@@ -86,6 +87,9 @@ inline Vector operator+(Vector a, const Vector& b) { return a += b; }
 inline Vector Scaled(const Vector& v, double s) {
   return Vector(static_cast<float>(v.x * s), static_cast<float>(v.y * s), static_cast<float>(v.z * s));
 }
+// v divided by a length through its reciprocal: Scaled(v, 1.0 / length),
+// the reciprocal kept in double.
+inline Vector ScaledByReciprocal(const Vector& v, float length) { return Scaled(v, 1.0 / static_cast<double>(length)); }
 inline Vector operator-(Vector a, const Vector& b) { return a -= b; }
 
 // Length of v as the library measures it: the double square root of the

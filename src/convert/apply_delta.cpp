@@ -6,9 +6,6 @@ namespace splinecore {
 
 namespace {
 
-// v scaled by 1.0 / len, the reciprocal kept in double.
-Vector ScaledByReciprocal(const Vector& v, float len) { return Scaled(v, 1.0 / static_cast<double>(len)); }
-
 // Brings a nonzero angle into the range the quadrant table covers: the
 // remainder of the integer part by 360 (exact in double for every float),
 // plus 360 when negative. Returns false for an angle that is not finite.

@@ -10,8 +10,6 @@ const Vector kZero(0.0f, 0.0f, 0.0f);
 // model space. Copied, so later fetches cannot change it.
 Vector PositionOf(SegmentCP* c, int screen) { return screen != 0 ? c->Getscreenp() : c->Getmp(); }
 
-// v scaled by 1.0 / len, the reciprocal kept in double.
-Vector ScaledByReciprocal(const Vector& v, float len) { return Scaled(v, 1.0 / static_cast<double>(len)); }
 
 // Normalize as a value.
 Vector Unit(Vector v) { return v.Normalize(); }
