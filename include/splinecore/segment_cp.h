@@ -8,8 +8,7 @@
 // figure's two generation counters; a flag is always set before the value
 // it guards is computed, which bounds the mutual recursion of the getters.
 //
-// Calls on the control points of one figure must not overlap; separate
-// figures may be used from separate threads.
+// Threads: see docs/host-guide.md (one figure, one thread at a time).
 #ifndef SPLINECORE_SEGMENT_CP_H
 #define SPLINECORE_SEGMENT_CP_H
 
