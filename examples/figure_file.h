@@ -1,23 +1,6 @@
-// Reads a figure description (JSON) into a HostFigure.
-//
-// The format (every key but "splines" optional):
-//   {
-//     "view":   {"rotate": 10, "scale": 50, "translate": [100, 400]},
-//     "splines": [
-//       {"name": "rail", "closed": false, "points": [
-//         {"at": [0, 0]},                                    // smooth by default
-//         {"at": [2, 0, 0], "smooth": false,
-//          "in": [pitch, yaw, magnitude], "out": [0, 15, 1.2]},
-//         {"hook": 0.5}                                      // rides on its carrier's segment
-//       ]}
-//     ],
-//     "stacks": [["left:1", "rail:1", "cross:0"]],           // "spline:index", top to bottom
-//     "muscle": [{"point": "rail:2", "move": [0, 1]}],         // an OffsetEffect each
-//     "measure": "rail"                                      // walked at length steps
-//   }
-// A hook hangs in a stack below its carrier; non-hook stack members must sit
-// at their head's position. After building, the figure is checked with
-// ValidateFigure; a violation is reported at the offending point's line.
+// Reads a figure file (the library's format, docs/figure-format.md) into
+// the demo's HostFigure. The demo's own annotation "x-measure" names the
+// spline it walks at equal length steps (default: the first).
 // examples/figures/patch.json is a complete example.
 #ifndef SPLINECORE_EXAMPLES_FIGURE_FILE_H
 #define SPLINECORE_EXAMPLES_FIGURE_FILE_H

@@ -3,12 +3,12 @@
 # Usage: scripts/install-deps.sh [test|bench|demo|fuzz]...
 set -euo pipefail
 
-packages=(cmake ninja-build g++ g++-multilib googletest pkgconf binutils qemu-user)
+packages=(cmake ninja-build g++ g++-multilib googletest pkgconf binutils qemu-user nlohmann-json3-dev)
 for need in "$@"; do
   case "$need" in
     bench) packages+=(libbenchmark-dev lib2geom-dev libboost-dev) ;;
     fuzz) packages+=(clang libclang-rt-dev) ;;
-    demo|test) packages+=(libcairo2-dev nlohmann-json3-dev fonts-dejavu-core
+    demo|test) packages+=(libcairo2-dev fonts-dejavu-core
                           pybind11-dev python3-dev python3-numpy python3-pytest python3-matplotlib) ;;
     *) echo "install-deps: unknown set '$need'" >&2; exit 2 ;;
   esac

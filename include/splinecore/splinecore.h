@@ -6,6 +6,7 @@
 
 #include "splinecore/export.h"
 #include "splinecore/figure.h"
+#include "splinecore/figure_file.h"
 #include "splinecore/geometry.h"
 #include "splinecore/groups.h"
 #include "splinecore/hooks.h"

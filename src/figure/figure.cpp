@@ -12,6 +12,7 @@
 #include <unordered_set>
 
 #include "controlpoint/position_cache.h"
+#include "figure/invert.h"
 #include "figure/reach.h"
 #include "measure/arc_length.h"
 #include "measure/forward_difference.h"
@@ -107,37 +108,6 @@ void ZeroDerived(SegmentCP* c) {
     h->hit = h->hot = h->pit = h->pot = h->mhit = h->mhot = h->mpit = h->mpot = zero;
     h->p = zero;
   }
-}
-
-// The inverse of an affine transform: the linear part by its adjugate over
-// the determinant, the translation carried back through it, in double, each
-// entry rounded once. False when the linear part is singular or an entry of
-// the inverse is not finite.
-bool Invert(const Matrix& m, Matrix* out) {
-  double a[3][3];
-  for (int r = 0; r < 3; ++r)
-    for (int c = 0; c < 3; ++c) a[r][c] = m.m[r][c];
-  const double cof[3][3] = {
-      {a[1][1] * a[2][2] - a[1][2] * a[2][1], a[1][2] * a[2][0] - a[1][0] * a[2][2], a[1][0] * a[2][1] - a[1][1] * a[2][0]},
-      {a[0][2] * a[2][1] - a[0][1] * a[2][2], a[0][0] * a[2][2] - a[0][2] * a[2][0], a[0][1] * a[2][0] - a[0][0] * a[2][1]},
-      {a[0][1] * a[1][2] - a[0][2] * a[1][1], a[0][2] * a[1][0] - a[0][0] * a[1][2], a[0][0] * a[1][1] - a[0][1] * a[1][0]}};
-  const double det = a[0][0] * cof[0][0] + a[0][1] * cof[0][1] + a[0][2] * cof[0][2];
-  if (det == 0.0 || !std::isfinite(det)) return false;
-  double inv[3][3];
-  for (int r = 0; r < 3; ++r)
-    for (int c = 0; c < 3; ++c) inv[r][c] = cof[c][r] / det;
-  Matrix result;
-  for (int r = 0; r < 3; ++r) {
-    double t = 0.0;
-    for (int c = 0; c < 3; ++c) {
-      result.m[r][c] = static_cast<float>(inv[r][c]);
-      t -= inv[r][c] * m.m[c][3];
-    }
-    result.m[r][3] = static_cast<float>(t);
-  }
-  if (!Finite(result)) return false;
-  *out = result;
-  return true;
 }
 
 }  // namespace
@@ -710,13 +680,13 @@ void Figure::SetScreen(const Matrix& screen, const Matrix& inverse) {
 
 void Figure::SetView(const Matrix& view) {
   Matrix inverse;
-  if (!Finite(view) || !Invert(view, &inverse)) throw FigureError("view: the matrix is not invertible; give its inverse");
+  if (!detail::InvertAffine(view, &inverse)) throw FigureError("view: the matrix is not invertible; give its inverse");
   SetView(view, inverse);
 }
 
 void Figure::SetScreen(const Matrix& screen) {
   Matrix inverse;
-  if (!Finite(screen) || !Invert(screen, &inverse))
+  if (!detail::InvertAffine(screen, &inverse))
     throw FigureError("screen: the matrix is not invertible; give its inverse");
   SetScreen(screen, inverse);
 }

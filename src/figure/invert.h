@@ -1,0 +1,18 @@
+// The inverse of an affine transform, for transforms given without one
+// (internal).
+#ifndef SPLINECORE_SRC_FIGURE_INVERT_H
+#define SPLINECORE_SRC_FIGURE_INVERT_H
+
+#include "splinecore/geometry.h"
+
+namespace splinecore::detail {
+
+// The linear part inverted by its adjugate over the determinant, the
+// translation carried back through it, in double, each entry rounded once.
+// False, *out untouched, when the linear part is singular, m is not finite
+// or an entry of the inverse is not finite.
+bool InvertAffine(const Matrix& m, Matrix* out);
+
+}  // namespace splinecore::detail
+
+#endif
