@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "splinecore/figure.h"
+#include "splinecore/figure_file.h"
 
 namespace py = pybind11;
 
@@ -173,6 +174,10 @@ PYBIND11_MODULE(_core, m) {
 Points are addressed as (spline, index); a spline by its index or its name.
 Bad arguments raise ValueError (FigureError) or IndexError and change nothing.)doc")
       .def(py::init<>())
+      .def_static("from_json", [](const std::string& text) { return Figure(ReadFigureFile(text)); }, py::arg("text"),
+                  "A figure from figure-file text; a bad file raises ValueError with its \"line N: reason\".")
+      .def("to_json", [](const Figure& f) { return WriteFigureFile(f.Describe()); },
+           "The figure as figure-file text, reading back to the same bits.")
       .def_property_readonly("spline_count", &Figure::SplineCount)
       .def("point_count", [](const Figure& f, const py::handle& s) { return f.PointCount(SplineIndex(f, s)); })
       .def("is_closed", [](const Figure& f, const py::handle& s) { return f.IsClosed(SplineIndex(f, s)); })

@@ -4,7 +4,8 @@
 def plot(figure, ax=None, space="screen"):
     """Draws every spline's Bezier segments, their handle points (grey
     squares) and the pieces hooks cut their carriers' segments into (orange),
-    in `space`; returns the axes."""
+    in `space`; returns the axes. Screen space is drawn with y growing
+    downward."""
     import matplotlib.pyplot as plt
     from matplotlib.patches import PathPatch
     from matplotlib.path import Path
@@ -22,4 +23,6 @@ def plot(figure, ax=None, space="screen"):
                 ax.add_patch(PathPatch(Path(piece[:, :2], codes), fill=False, color="orange", linewidth=4, alpha=0.6))
     ax.set_aspect("equal")
     ax.autoscale_view()
+    if space == "screen":
+        ax.invert_yaxis()  # screen y grows downward, as the demo draws it
     return ax

@@ -143,3 +143,30 @@ def test_plot_draws_every_segment_and_hook_piece_to_a_png():
     ax.figure.savefig(out)
     with open(out, "rb") as png:
         assert png.read(8) == b"\x89PNG\r\n\x1a\n"
+
+
+def test_figure_files_round_trip_and_report_their_line(tmp_path):
+    source = os.path.join(os.environ.get("SPLINECORE_SOURCE_DIR", "."), "examples", "figures", "patch.json")
+    f = splinecore.Figure.read(source)
+    assert f.spline_name(0) == "rail" and f.muscle_mode is False
+    path = tmp_path / "copy.json"
+    f.write(str(path))
+    g = splinecore.Figure.read(str(path))
+    assert g.to_json() == f.to_json()
+    for s in range(f.spline_count):
+        assert g.bezier(s, "screen").tobytes() == f.bezier(s, "screen").tobytes()
+    with pytest.raises(ValueError, match=r"^line 3: unknown key 'colour'"):
+        splinecore.Figure.from_json('{\n  "splines": [{"points": [{"at": [0, 0]}]}],\n  "colour": 1\n}')
+
+
+def test_answers_are_the_bits_the_cpp_figure_gives():
+    import subprocess
+
+    source = os.path.join(os.environ["SPLINECORE_SOURCE_DIR"], "examples", "figures", "patch.json")
+    lines = subprocess.run([os.environ["SPLINECORE_DUMP_FIGURE"], source], check=True, capture_output=True,
+                           text=True).stdout.splitlines()
+    f = splinecore.Figure.read(source)
+    assert len(lines) == f.spline_count
+    for s, line in enumerate(lines):
+        values = np.concatenate([[f.length(s)], f.bezier(s, "screen").ravel()]).astype(np.float32)
+        assert [f"{bits:08x}" for bits in values.view(np.uint32)] == line.split()
