@@ -1,6 +1,8 @@
 # Installs the build tree into a scratch prefix, then builds and runs the
 # consumer project against it with find_package and with pkg-config.
-# EMULATOR (may be empty) runs programs of the target architecture.
+# EMULATOR (may be empty) runs programs of the target architecture. PYTHON
+# (empty when the module is not built) imports the installed Python module
+# from PYTHON_DIR below the prefix and measures a line with it.
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 
@@ -36,3 +38,12 @@ string(REPLACE "/pkgconfig" "" libdir "${pc_dirs}")
 run(${CXX} -std=c++17 ${cxx_flags} ${CONSUMER_SOURCE}/main.cpp ${pc} ${linker_flags}
     -Wl,-rpath,${libdir} -o ${WORK_DIR}/consumer_pc)
 run(${EMULATOR} ${WORK_DIR}/consumer_pc)
+
+if(PYTHON)
+  set(ENV{PYTHONPATH} "${prefix}/${PYTHON_DIR}")
+  run(${PYTHON} -c "import splinecore, sys
+f = splinecore.Figure()
+f.add_spline([[0, 0], [3, 4]])
+assert splinecore.__file__.startswith(sys.argv[1]), splinecore.__file__
+assert abs(f.length(0) - 5) < 1e-4, f.length(0)" ${prefix})
+endif()
