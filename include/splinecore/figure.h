@@ -66,7 +66,7 @@ struct PointDesc {
   Delta in = kNoTurn;
   Delta out = kNoTurn;
   bool hook = false;
-  float s = 0.5f;  // hooks: 0 at the carrier, 1 at its next; snapped to 0.25, 0.5, 0.75
+  float s = 0.5f;  // hooks: 0 at the carrier, 1 at its next; kept snapped to 0.25, 0.5 or 0.75
 };
 
 struct SplineDesc {
@@ -162,7 +162,7 @@ class SPLINECORE_API Figure {
   void Move(PointId point, Vector at);  // the whole stack moves; not a hook
   void SetDeltas(PointId point, Delta in, Delta out);
   void SetSmooth(PointId point, bool smooth);
-  void SetHookS(PointId hook, float s);
+  void SetHookS(PointId hook, float s);  // snapped to 0.25, 0.5 or 0.75 (see PointDesc)
   // Refused when the reversal would leave the figure invalid (a run that
   // cannot be handed over).
   void Reverse(int spline);

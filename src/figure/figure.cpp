@@ -14,6 +14,7 @@
 #include "controlpoint/position_cache.h"
 #include "figure/invert.h"
 #include "figure/reach.h"
+#include "hooks/snap.h"
 #include "measure/arc_length.h"
 #include "measure/forward_difference.h"
 #include "measure/view_cubic.h"
@@ -269,7 +270,7 @@ struct Figure::Impl {
     if (d.hook) {
       auto* h = new HookSegmentCP(&cache);
       h->OnHook();
-      h->SetS(d.s);
+      h->SetS(SnapS(d.s));
       h->tempv = Vector(0, 0, 0);
       cp = h;
     } else {
@@ -601,7 +602,7 @@ void Figure::SetHookS(PointId hook, float s) {
   SegmentCP* h = impl_->At(hook);
   if (!h->IsHook()) Fail(hook, "not a hook");
   if (!std::isfinite(s)) Fail(hook, "s must be finite");
-  static_cast<HookSegmentCP*>(h)->SetS(s);
+  static_cast<HookSegmentCP*>(h)->SetS(SnapS(s));
   // The run is placed together: every hook of it may move.
   if (SegmentCP* carrier = FindCarrier(h)) {
     for (SegmentCP* k : HookRun(carrier)) impl_->Moved(k);
