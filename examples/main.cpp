@@ -1,4 +1,4 @@
-// splinecore-demo: builds a figure (the built-in one or a JSON description),
+// splinecore-demo: builds a Figure (the built-in one or a figure file),
 // queries it as a host would in model and muscle mode, draws both side by
 // side to PNG and SVG, and prints a table of lengths and points.
 #include <cstdio>
@@ -6,12 +6,13 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 
-#include "figure_file.h"
 #include "render.h"
 #include "scene.h"
+#include "splinecore/figure_file.h"
 
 namespace {
 
@@ -44,9 +45,14 @@ bool ParseSize(const char* text, int* width, int* height) {
 int ParseOptions(int argc, char** argv, Options* o) {
   for (int i = 1; i < argc; ++i) {
     const char* a = argv[i];
-    if (std::strcmp(a, "--out") == 0 && i + 1 < argc) {
+    const bool takesValue = std::strcmp(a, "--out") == 0 || std::strcmp(a, "--size") == 0;
+    if (takesValue && i + 1 == argc) {
+      std::fprintf(stderr, "splinecore-demo: %s needs a value\n%s", a, kUsage);
+      return 2;
+    }
+    if (std::strcmp(a, "--out") == 0) {
       o->out = argv[++i];
-    } else if (std::strcmp(a, "--size") == 0 && i + 1 < argc) {
+    } else if (std::strcmp(a, "--size") == 0) {
       if (!ParseSize(argv[++i], &o->width, &o->height)) {
         std::fprintf(stderr, "splinecore-demo: bad size '%s' (expected WxH, 64..8192 each)\n", argv[i]);
         return 2;
@@ -68,19 +74,21 @@ int ParseOptions(int argc, char** argv, Options* o) {
   return 0;
 }
 
-std::unique_ptr<HostFigure> LoadFigure(const std::string& path) {
-  if (path.empty()) return BuildBuiltinFigure();
+std::optional<DemoFigure> LoadFigure(const std::string& path) {
+  if (path.empty()) return BuiltinFigure();
   std::ifstream in(path, std::ios::binary);
   if (!in) {
     std::fprintf(stderr, "%s: cannot read the file\n", path.c_str());
-    return nullptr;
+    return std::nullopt;
   }
   std::ostringstream text;
   text << in.rdbuf();
-  FigureFileResult result = ReadFigureFile(text.str());
-  if (result.figure == nullptr)
-    std::fprintf(stderr, "%s:%d: %s\n", path.c_str(), result.error.line, result.error.reason.c_str());
-  return std::move(result.figure);
+  try {
+    return ReadDemoFigure(text.str());
+  } catch (const splinecore::FigureFileError& e) {
+    std::fprintf(stderr, "%s:%d: %s\n", path.c_str(), e.line(), e.reason().c_str());
+    return std::nullopt;
+  }
 }
 
 }  // namespace
@@ -88,8 +96,8 @@ std::unique_ptr<HostFigure> LoadFigure(const std::string& path) {
 int main(int argc, char** argv) {
   Options options;
   if (int status = ParseOptions(argc, argv, &options); status != 0) return status;
-  std::unique_ptr<HostFigure> figure = LoadFigure(options.figurePath);
-  if (figure == nullptr) return 1;
+  std::optional<DemoFigure> figure = LoadFigure(options.figurePath);
+  if (!figure) return 1;
 
   const DemoRun run = RunDemo(*figure);
   if (!options.tableOnly) {

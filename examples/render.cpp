@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "splinecore/measure.h"
+
 namespace splinecore::demo {
 
 namespace {

@@ -1,183 +1,118 @@
 #include "scene.h"
 
 #include <cstdio>
+#include <set>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "builtin_figure.inc"
+#include "splinecore/figure_file.h"
 
 namespace splinecore::demo {
 
 namespace {
 
-Vector At(float x, float y) { return Vector(x, y, 0); }
-
 // View space -> screen space: back to model space, then the screen transform.
-Vector ViewToScreen(const ViewRecord& view, const Vector& v) {
-  return TransformPoint(view.screenMatrix, TransformPoint(view.inverseViewMatrix, v));
+Vector ViewToScreen(const FigureDescription& d, const Vector& v) {
+  return TransformPoint(d.screen, TransformPoint(d.inverseView, v));
 }
 
-Vector ViewDirToScreen(const ViewRecord& view, Vector d) {
-  TransformDirection(view.inverseViewMatrix, d);
-  TransformDirection(view.screenMatrix, d);
-  return d;
-}
-
-bool HasMuscleData(SegmentCP* cp) {
-  MuscleTable* table = cp->cache->muscleTable;
-  return table != nullptr && cp->id < table->count && table->cpData[cp->id] != nullptr;
-}
-
-PointView QueryPoint(SegmentCP* cp) {
-  PointView v;
-  v.screen = cp->Getscreenp();
-  v.in = cp->Getscreenit();
-  v.out = cp->Getscreenot();
-  v.smooth = cp->IsSmooth();
-  v.hook = cp->IsHook();
-  v.stackHead = cp->head == cp && !cp->IsHook() && cp->stackNext != nullptr;
-  v.moved = HasMuscleData(cp);
+Vector ViewDirToScreen(const FigureDescription& d, Vector v) {
+  TransformDirection(d.inverseView, v);
+  TransformDirection(d.screen, v);
   return v;
-}
-
-// The segment that c owns runs from c's next (parameter 0) to c.
-Bezier QuerySegment(SegmentCP* c) {
-  SegmentCP* n = c->next;
-  return Bezier{n->Getscreenp(), n->Getscreenot(), c->Getscreenit(), c->Getscreenp()};
-}
-
-// The pieces of a carrier's segment: carrier -> hook 1 -> ... -> last hook ->
-// carrier's next. Each hook holds the inner points of the piece ending at it.
-void QueryHookPieces(SegmentCP* carrier, const Matrix& screen, std::vector<Bezier>& pieces) {
-  Vector from = carrier->Getp();
-  for (SegmentCP* m = carrier->stackNext; m != nullptr && m->IsHook(); m = m->stackNext) {
-    auto* hook = static_cast<HookSegmentCP*>(m);
-    const Vector hit = *hook->Gethit(), hot = *hook->Gethot();
-    const Vector at = hook->Getp();
-    pieces.push_back(Bezier{TransformPoint(screen, from), TransformPoint(screen, hit),
-                            TransformPoint(screen, hot), TransformPoint(screen, at)});
-    from = at;
-    // The run ends at a non-hook member or at the bottom of the stack (where
-    // lastHook is not set).
-    if (m->stackNext == nullptr || !m->stackNext->IsHook()) {
-      pieces.push_back(Bezier{TransformPoint(screen, at), TransformPoint(screen, *hook->Getpit()),
-                              TransformPoint(screen, *hook->Getpot()),
-                              TransformPoint(screen, carrier->next->Getp())});
-    }
-  }
-}
-
-int CarriedHooks(SegmentCP* carrier) {
-  int count = 0;
-  for (SegmentCP* m = carrier->stackNext; m != nullptr && m->IsHook(); m = m->stackNext) ++count;
-  return count;
 }
 
 }  // namespace
 
-std::unique_ptr<HostFigure> BuildBuiltinFigure() {
-  auto figure = std::make_unique<HostFigure>();
-  HostFigure& f = *figure;
-  auto smooth = [&](float x, float y) { return f.NewPoint(At(x, y), true); };
-  auto peak = [&](float x, float y) { return f.NewPoint(At(x, y), false); };
-
-  // Two rails crossed by two posts; three hook splines run between the posts,
-  // riding on the rails' middle segments at a quarter, the half and three quarters.
-  const auto low = f.AddSpline("low", {peak(0, 0), smooth(2, 0), smooth(6, 0), smooth(8, 1)}, false).points;
-  const auto high = f.AddSpline("high", {peak(0, 4), smooth(2, 4),
-                                    f.NewPoint(At(6, 4), true, kNoDelta, Delta{0, 10, 1.2f}), smooth(8, 4.5f)},
-                           false).points;
-  const auto left = f.AddSpline("left", {peak(2, -1.5f), smooth(2, 0), smooth(2, 4), peak(2, 5.5f)}, false).points;
-  const auto right = f.AddSpline("right", {peak(6, -1.5f), smooth(6, 0), smooth(6, 4), peak(6, 5.5f)}, false).points;
-  std::vector<SegmentCP*> lowRun, highRun;
-  for (float s : {0.25f, 0.5f, 0.75f}) {
-    const float x = 2 + 4 * s;
-    HookSegmentCP* onLow = f.NewHook(s);
-    HookSegmentCP* onHigh = f.NewHook(s);
-    char name[8];
-    std::snprintf(name, sizeof name, "h%02d", static_cast<int>(s * 100));
-    f.AddSpline(name, {peak(x, -1.5f), onLow, onHigh, peak(x, 5.5f)}, false);
-    lowRun.push_back(onLow);
-    highRun.push_back(onHigh);
-  }
-  // A closed loop joined to both rails' ends; a turned and lengthened smooth
-  // point and a peak with a pitched, shortened in-tangent.
-  const auto loop = f.AddSpline("loop", {smooth(8, 1), smooth(11.5f, 0.2f),
-                                    f.NewPoint(At(13, 2.5f), true, Delta{0, 20, 1.3f}, Delta{0, 20, 1.3f}),
-                                    f.NewPoint(At(11, 5.5f), false, Delta{25, 0, 0.8f}, Delta{0, -15, 1}),
-                                    smooth(8, 4.5f)},
-                           true).points;
-  // A straight stroke: its length is the chord, 5.
-  f.AddSpline("stroke", {peak(9, -3), peak(13, 0)}, false);
-
-  // Stacks, top to bottom: the posts head the rail crossings; each run of
-  // hooks hangs below its carrier, between the partners at both segment ends.
-  std::vector<SegmentCP*> lowStack{left[1], low[1]};
-  lowStack.insert(lowStack.end(), lowRun.begin(), lowRun.end());
-  std::vector<SegmentCP*> highStack{left[2], high[1]};
-  highStack.insert(highStack.end(), highRun.begin(), highRun.end());
-  HostFigure::Stack(lowStack);
-  HostFigure::Stack(highStack);
-  HostFigure::Stack({right[1], low[2]});
-  HostFigure::Stack({right[2], high[2]});
-  HostFigure::Stack({low[3], loop[0]});
-  HostFigure::Stack({high[3], loop[4]});
-
-  // Screen: turned by 10 degrees, 64 pixels to the unit, y up, shifted.
-  f.SetScreen(10, 64, 120, 520);
-  // Muscle mode lifts the right post's upper crossing, and the high rail's
-  // hooks with it.
-  f.AddMuscleOffset(right[2], Vector(0.75f, 1.0f, 0));
-  // The high rail runs the other way: its run of hooks passes to the new carrier.
-  f.ReverseSpline(1);
-  f.measured = 7;  // the loop
-  return figure;
+DemoFigure ReadDemoFigure(std::string_view text) {
+  DemoFigure out{Figure(ReadFigureFile(text)), 0};
+  const nlohmann::json doc = nlohmann::json::parse(text.begin(), text.end());
+  if (doc.contains("x-measure") && doc["x-measure"].is_string())
+    out.measured = std::max(0, out.figure.FindSpline(doc["x-measure"].get<std::string>()));
+  return out;
 }
 
-Scene QueryScene(HostFigure& figure, std::size_t measured, int steps) {
+DemoFigure BuiltinFigure() {
+  DemoFigure f = ReadDemoFigure(kBuiltinFigureJson);
+  f.figure.Reverse(f.figure.FindSpline("high"));
+  return f;
+}
+
+Scene QueryScene(Figure& figure, int measured, int steps) {
+  const FigureDescription d = figure.Describe();
+  // Heads of stacks with more than one member: the tops of the listed
+  // stacks, and carriers whose run hangs below them alone.
+  std::set<std::pair<int, int>> heads, stacked, moved;
+  for (const std::vector<PointId>& stack : d.stacks) {
+    heads.insert({stack.front().spline, stack.front().index});
+    for (PointId m : stack) stacked.insert({m.spline, m.index});
+  }
+  for (const HookDesc& h : d.hooks)
+    if (stacked.count({h.carrier.spline, h.carrier.index}) == 0) heads.insert({h.carrier.spline, h.carrier.index});
+  for (const MuscleEffectDesc& m : d.muscleEffects) moved.insert({m.point.spline, m.point.index});
+  std::vector<int> carried(d.splines.size(), 0);
+  for (const HookDesc& h : d.hooks) ++carried[static_cast<std::size_t>(h.carrier.spline)];
+
   Scene scene;
-  scene.muscle = (figure.cache.mode & kMuscleMode) != 0;
-  for (const HostFigure::Spline& spline : figure.splines) {
+  scene.muscle = figure.MuscleMode();
+  for (int s = 0; s < figure.SplineCount(); ++s) {
+    const SplineDesc& spline = d.splines[static_cast<std::size_t>(s)];
     SplineView v;
     v.name = spline.name;
     v.closed = spline.closed;
     v.points = static_cast<int>(spline.points.size());
-    for (SegmentCP* cp : spline.points) {
-      v.cps.push_back(QueryPoint(cp));
-      if (cp->IsHook()) ++v.hooks;
-      if (cp->next == nullptr) continue;
-      v.curve.push_back(QuerySegment(cp));
-      ++v.segments;
-      if (!cp->IsHook() && cp->IsHasHooks()) {
-        v.carried += CarriedHooks(cp);
-        QueryHookPieces(cp, figure.view.screenMatrix, scene.hookPieces);
-      }
+    v.carried = carried[static_cast<std::size_t>(s)];
+    for (int i = 0; i < v.points; ++i) {
+      const PointId id{s, i};
+      const PointDesc& p = spline.points[static_cast<std::size_t>(i)];
+      PointView c;
+      c.screen = c.in = c.out = figure.Position(id, Space::kScreen);
+      c.smooth = p.smooth;
+      c.hook = p.hook;
+      c.stackHead = heads.count({s, i}) != 0;
+      c.moved = moved.count({s, i}) != 0;
+      v.hooks += p.hook ? 1 : 0;
+      v.cps.push_back(c);
     }
-    v.length = GetTotalLength(spline.points.front());
+    // A point's in-handle starts the segment it owns; its out-handle is in
+    // the segment of its prev, which ends at it.
+    for (int i = 0; i < v.points; ++i) {
+      if (!figure.OwnsSegment(PointId{s, i})) continue;
+      const Bezier b = figure.Segment(PointId{s, i}, Space::kScreen);
+      v.curve.push_back(b);
+      ++v.segments;
+      v.cps[static_cast<std::size_t>(i)].in = b.h1;
+      v.cps[static_cast<std::size_t>((i + 1) % v.points)].out = b.h0;
+      for (const Bezier& piece : figure.HookPieces(PointId{s, i}, Space::kScreen)) scene.hookPieces.push_back(piece);
+    }
+    v.length = figure.SplineLength(s);
     scene.splines.push_back(std::move(v));
   }
-  if (measured < figure.splines.size() && steps > 0) {
-    SegmentCP* first = figure.splines[measured].points.front();
-    scene.measured = figure.splines[measured].name;
-    const float total = scene.splines[measured].length;
-    for (int k = 0; k <= steps; ++k) {
-      LengthMarker m{};
-      m.length = static_cast<float>(static_cast<double>(total) * k / steps);
-      m.dir = Vector(0, 0, 0);
-      PositionDirectionFromSubLength(first, m.length, &m.view, &m.dir);
-      m.screen = ViewToScreen(figure.view, m.view);
-      m.screenDir = ViewDirToScreen(figure.view, m.dir);
+  if (measured >= 0 && measured < figure.SplineCount() && steps > 0) {
+    scene.measured = d.splines[static_cast<std::size_t>(measured)].name;
+    const float total = scene.splines[static_cast<std::size_t>(measured)].length;
+    std::vector<float> lengths;
+    for (int k = 0; k <= steps; ++k) lengths.push_back(static_cast<float>(static_cast<double>(total) * k / steps));
+    const std::vector<PointOnSpline> at = figure.PointsAtLengths(measured, lengths);
+    for (std::size_t k = 0; k < at.size(); ++k) {
+      const LengthMarker m{lengths[k], at[k].position, at[k].direction, ViewToScreen(d, at[k].position),
+                           ViewDirToScreen(d, at[k].direction)};
       scene.markers.push_back(m);
     }
   }
   return scene;
 }
 
-DemoRun RunDemo(HostFigure& figure) {
+DemoRun RunDemo(DemoFigure& f) {
   DemoRun run;
-  figure.SetMuscleMode(false);
-  run.model = QueryScene(figure, figure.measured, kLengthSteps);
-  figure.SetMuscleMode(true);
-  run.muscle = QueryScene(figure, figure.measured, kLengthSteps);
+  f.figure.SetMuscleMode(false);
+  run.model = QueryScene(f.figure, f.measured, kLengthSteps);
+  f.figure.SetMuscleMode(true);
+  run.muscle = QueryScene(f.figure, f.measured, kLengthSteps);
   return run;
 }
-
 std::string FormatTable(const Scene& scene) {
   std::string out;
   char line[160];

@@ -1,24 +1,19 @@
-// What the demo asks the library about a figure, gathered in screen space
-// for drawing and in view space for the table.
+// What the demo asks a Figure, gathered in screen space for drawing and in
+// view space for the table.
 #ifndef SPLINECORE_EXAMPLES_SCENE_H
 #define SPLINECORE_EXAMPLES_SCENE_H
 
-#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "host_figure.h"
+#include "splinecore/figure.h"
 
 namespace splinecore::demo {
 
-// Four screen-space Bezier points of one segment or hook piece.
-struct Bezier {
-  Vector p0, h0, h1, p1;
-};
-
 struct PointView {
   Vector screen;        // screen position of the stack
-  Vector in, out;       // screen handle points (equal to screen for a hook without partners)
+  Vector in, out;       // screen handle points of the segments it owns and ends (screen where none)
   bool smooth = false;
   bool hook = false;
   bool stackHead = false;  // top of a stack with more than one member
@@ -46,18 +41,30 @@ struct LengthMarker {
 struct Scene {
   bool muscle = false;
   std::vector<SplineView> splines;
-  std::vector<Bezier> hookPieces;  // pieces of carrier segments cut at their hooks
+  std::vector<Bezier> hookPieces;  // pieces of carrier segments cut at their hooks, in screen space
   std::string measured;            // the spline that carries the length markers
   std::vector<LengthMarker> markers;
 };
 
-// The built-in figure: open and closed splines, stacks, a run of three hooks,
-// deltas, a turned and scaled view, a muscle effect and a reversed slice.
-std::unique_ptr<HostFigure> BuildBuiltinFigure();
+// A figure and the spline the demo walks at equal length steps.
+struct DemoFigure {
+  Figure figure;
+  int measured = 0;
+};
+
+// Reads a figure file (docs/figure-format.md); its "x-measure" names the
+// measured spline (default: the first). Throws FigureFileError.
+DemoFigure ReadDemoFigure(std::string_view text);
+
+// The built-in figure (examples/figures/builtin.json): open and closed
+// splines, stacks, runs of three hooks, deltas, a turned and scaled screen,
+// a muscle effect; then the high rail reversed, its hooks passing to the
+// new carrier.
+DemoFigure BuiltinFigure();
 
 // Queries every spline of the figure in its current mode, and `steps` equal
-// length steps along splines[measured].
-Scene QueryScene(HostFigure& figure, std::size_t measured, int steps);
+// length steps along spline `measured`.
+Scene QueryScene(Figure& figure, int measured, int steps);
 
 // Equal length steps the demo walks along the measured spline.
 inline constexpr int kLengthSteps = 8;
@@ -68,7 +75,7 @@ struct DemoRun {
 };
 
 // Queries the figure in model mode, then in muscle mode (and leaves it there).
-DemoRun RunDemo(HostFigure& figure);
+DemoRun RunDemo(DemoFigure& figure);
 
 // The table the demo prints: per spline length, segments and hooks, then the
 // points at the length steps.
