@@ -1,4 +1,5 @@
-// Fuzz target: decodes bytes into a structurally valid figure whose floats
+// Fuzz target for the kernel below Figure: decodes bytes into a structurally
+// valid figure of raw records (built as a host owning its memory does) whose floats
 // are arbitrary (NaN, infinities, extremes, denormals, -0 in positions,
 // deltas, hook parameters, muscle effects and view matrices), then runs a
 // sequence of queries and edits on it. Every call must return, the figure
