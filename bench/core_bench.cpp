@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kGrid = 213;  // 2 * 213^2 grid points plus hook splines: about 100,000 control points
 
-GridFigure& Figure() {
+GridFigure& Grid() {
   static GridFigure figure(kGrid);
   return figure;
 }
@@ -44,7 +44,7 @@ void TouchAll(const std::vector<SegmentCP*>& points) {
 
 // (a) every screen value recomputed after the screen generation changes.
 void BM_ScreenRefresh(benchmark::State& state) {
-  GridFigure& figure = Figure();
+  GridFigure& figure = Grid();
   figure.cache().mode = 0;
   ScreenPass(figure.points());
   for (auto _ : state) {
@@ -56,7 +56,7 @@ void BM_ScreenRefresh(benchmark::State& state) {
 
 // (b) every tangent recomputed after every control point is touched.
 void BM_ModelRefresh(benchmark::State& state) {
-  GridFigure& figure = Figure();
+  GridFigure& figure = Grid();
   figure.cache().mode = 0;
   for (auto _ : state) {
     state.PauseTiming();
@@ -72,7 +72,7 @@ void BM_ModelRefresh(benchmark::State& state) {
 
 // (c) the same in muscle mode.
 void BM_MuscleRefresh(benchmark::State& state) {
-  GridFigure& figure = Figure();
+  GridFigure& figure = Grid();
   figure.cache().mode = kMuscleMode;
   for (auto _ : state) {
     state.PauseTiming();
@@ -89,7 +89,7 @@ void BM_MuscleRefresh(benchmark::State& state) {
 
 // (d) a getter whose value is cached: a generation comparison and a flag test.
 void BM_CachedGetter(benchmark::State& state) {
-  GridFigure& figure = Figure();
+  GridFigure& figure = Grid();
   figure.cache().mode = 0;
   SegmentCP* cp = figure.points()[figure.points().size() / 2];
   cp->Getit();
@@ -106,7 +106,7 @@ struct Arrays {
 
 Arrays& Plain() {
   static Arrays arrays = [] {
-    GridFigure& figure = Figure();
+    GridFigure& figure = Grid();
     Arrays a;
     const auto& points = figure.points();
     std::vector<std::pair<SegmentCP*, int>> index;
@@ -139,7 +139,7 @@ Arrays& Plain() {
 
 void BM_BareScreenRefresh(benchmark::State& state) {
   Arrays& a = Plain();
-  const Matrix& s = Figure().view().screenMatrix;
+  const Matrix& s = Grid().view().screenMatrix;
   for (auto _ : state) {
     for (std::size_t i = 0; i < a.p.size(); ++i) {
       a.screenp[i] = TransformPoint(s, a.p[i]);
@@ -153,8 +153,8 @@ void BM_BareScreenRefresh(benchmark::State& state) {
 
 void BM_BareModelRefresh(benchmark::State& state) {
   Arrays& a = Plain();
-  const Matrix& s = Figure().view().screenMatrix;
-  const Matrix& inverse = Figure().view().inverseScreenMatrix;
+  const Matrix& s = Grid().view().screenMatrix;
+  const Matrix& inverse = Grid().view().inverseScreenMatrix;
   for (auto _ : state) {
     for (std::size_t i = 0; i < a.p.size(); ++i) a.screenp[i] = TransformPoint(s, a.p[i]);
     for (std::size_t i = 0; i < a.p.size(); ++i) {
