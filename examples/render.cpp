@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <sstream>
+#include <string>
 
 #include "splinecore/measure.h"
 
@@ -61,6 +63,30 @@ class Painter {
     fit_.Map(b.p0, &x0, &y0), fit_.Map(b.h0, &x1, &y1), fit_.Map(b.h1, &x2, &y2), fit_.Map(b.p1, &x3, &y3);
     cairo_move_to(cr_, x0, y0);
     cairo_curve_to(cr_, x1, y1, x2, y2, x3, y3);
+    cairo_set_line_width(cr_, width * ui_);
+    cairo_stroke(cr_);
+  }
+
+  // An SVG path of M, C and Z commands in screen space (Figure::SvgPath).
+  void Path(const std::string& d, double width) {
+    std::istringstream in(d);
+    std::string command;
+    cairo_new_path(cr_);
+    while (in >> command) {
+      if (command == "Z") {
+        cairo_close_path(cr_);
+        continue;
+      }
+      double xy[6];
+      const int n = command == "C" ? 3 : 1;
+      for (int k = 0; k < n; ++k) {
+        float x = 0, y = 0;
+        in >> x >> y;
+        fit_.Map(Vector(x, y, 0), &xy[2 * k], &xy[2 * k + 1]);
+      }
+      if (command == "M") cairo_move_to(cr_, xy[0], xy[1]);
+      else cairo_curve_to(cr_, xy[0], xy[1], xy[2], xy[3], xy[4], xy[5]);
+    }
     cairo_set_line_width(cr_, width * ui_);
     cairo_stroke(cr_);
   }
@@ -148,7 +174,7 @@ void DrawPanel(cairo_t* cr, const Scene& scene, const Scene* reference, const Fi
   // Curves.
   for (std::size_t i = 0; i < scene.splines.size(); ++i) {
     p.Colour(SplineColour(i));
-    for (const Bezier& b : scene.splines[i].curve) p.Curve(b, 2.2);
+    p.Path(scene.splines[i].path, 2.2);
   }
   // Where muscle mode moved a point from: a dashed ring at its model position.
   if (reference != nullptr) {

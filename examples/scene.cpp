@@ -87,6 +87,7 @@ Scene QueryScene(Figure& figure, int measured, int steps) {
       v.cps[static_cast<std::size_t>((i + 1) % v.points)].out = b.h0;
       for (const Bezier& piece : figure.HookPieces(PointId{s, i}, Space::kScreen)) scene.hookPieces.push_back(piece);
     }
+    v.path = figure.SvgPath(s, Space::kScreen);
     v.length = figure.SplineLength(s);
     scene.splines.push_back(std::move(v));
   }

@@ -29,6 +29,7 @@ struct SplineView {
   int carried = 0;  // hooks riding on this spline's segments
   float length = 0;
   std::vector<Bezier> curve;  // one per segment, in spline order
+  std::string path;           // the same segments as an SVG path (Figure::SvgPath)
   std::vector<PointView> cps;
 };
 
