@@ -35,17 +35,10 @@ class FuzzEffect final : public CustomMuscleEffect {
     *position += move_;
     return true;
   }
-  int AdjustInDelta(PointId, Delta* d) const override { return Adjust(d, flags_ & 5); }
-  int AdjustOutDelta(PointId, Delta* d) const override { return Adjust(d, flags_ & 1); }
+  int AdjustInDelta(PointId, Delta* d) const override { return TurnDelta(d, turn_, flags_ & 5); }
+  int AdjustOutDelta(PointId, Delta* d) const override { return TurnDelta(d, turn_, flags_ & 1); }
 
  private:
-  int Adjust(Delta* d, int flags) const {
-    if (flags == 0) return 0;
-    d->pitch += turn_.pitch;
-    d->yaw += turn_.yaw;
-    d->magnitude = turn_.magnitude;
-    return flags;
-  }
   Vector move_;
   Delta turn_;
   int flags_;

@@ -62,6 +62,16 @@ class FuzzInput {
   std::size_t pos_ = 0;
 };
 
+// The fuzzed effects' delta rule: with `flags` nonzero, turn d by `turn`'s
+// angles and take its magnitude; returns the flags (the effect's answer).
+inline int TurnDelta(Delta* d, const Delta& turn, int flags) {
+  if (flags == 0) return 0;
+  d->pitch += turn.pitch;
+  d->yaw += turn.yaw;
+  d->magnitude = turn.magnitude;
+  return flags;
+}
+
 }  // namespace splinecore::fuzz
 
 #endif

@@ -35,17 +35,14 @@ class FuzzEffect final : public MuscleEffect {
     *position += move_;
     return move_ != Vector(0, 0, 0);
   }
-  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta* d) override { return Adjust(d, inFlags_); }
-  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta* d) override { return Adjust(d, outFlags_); }
+  std::int16_t ApplyToInDelta(std::int32_t, SegmentCP*, Delta* d) override {
+    return static_cast<std::int16_t>(TurnDelta(d, turn_, inFlags_));
+  }
+  std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta* d) override {
+    return static_cast<std::int16_t>(TurnDelta(d, turn_, outFlags_));
+  }
 
  private:
-  std::int16_t Adjust(Delta* d, std::int16_t flags) const {
-    if (flags == 0) return 0;
-    d->pitch += turn_.pitch;
-    d->yaw += turn_.yaw;
-    d->magnitude = turn_.magnitude;
-    return flags;
-  }
   Vector move_;
   Delta turn_;
   std::int16_t inFlags_, outFlags_;
