@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Python module: splinecore.Figure over the C++ Figure. Arrays are
 // float32 and carry the library's bits unchanged; points are addressed as
 // (spline, index), the spline by index or name, negative indices counting

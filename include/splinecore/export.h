@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Symbol visibility for the splinecore shared library.
 //
 // The library is built with -fvisibility=hidden; only declarations marked

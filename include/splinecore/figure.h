@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Figure: a whole figure owned by the library, kept coherent for you.
 //
 // A Figure owns its FigureCache, ViewRecord, FigureRecord, muscle table and

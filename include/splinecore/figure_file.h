@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Figure files: a FigureDescription as JSON text, both ways. The format is
 // described in docs/figure-format.md; examples/figures/patch.json is a
 // complete example.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Value types shared by every part of the library: Vector, Matrix, Delta.
 //
 // Arithmetic contract: sums and products are formed in double precision from

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Group lists of control points and the edits made on them.
 //
 // A list is a pointer to its first GroupNode (null: empty); list order is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hooks: control points that ride on a segment of another spline.
 //
 // A hook hangs in its carrier's stack, in the run of hooks directly below

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records that the host owns and the library reads or writes at fixed offsets.
 //
 // The binding offsets are those of the 32-bit (i386) layout; the i386 build

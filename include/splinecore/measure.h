@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Curve evaluation and measurement: Bezier points, forward differencing in
 // the plane, and arc length in view space.
 #ifndef SPLINECORE_MEASURE_H

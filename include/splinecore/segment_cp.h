@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SegmentCP: the control point of a spline.
 //
 // The member order, widths and flag bits are shared with the host and are

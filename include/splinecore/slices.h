@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Slices: a host-kept list naming splines by their first control point.
 //
 // Slice records come from AllocSeg and go back with FreeExt.

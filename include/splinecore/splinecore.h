@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // splinecore: lazy, bit-exact spline geometry for a modelling host.
 //
 // Umbrella header: includes the whole public interface.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Structural validation of a figure.
 //
 // The getters leave the structural preconditions unchecked (their cost

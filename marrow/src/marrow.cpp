@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zero-filling allocator with exact live-block accounting.
 #include "marrow/marrow.h"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Bit-exact spline figures: build, edit, measure and plot them.
 
 Figure wraps the C++ library's Figure. Every array it returns is float32

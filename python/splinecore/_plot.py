@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Figure.plot: the figure drawn with matplotlib (imported only here)."""
 
 

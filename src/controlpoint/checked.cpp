@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controlpoint/checked.h"
 
 #ifdef SPLINECORE_CHECKED

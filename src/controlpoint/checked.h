@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Precondition checks of the getters in a checked build (SPLINECORE_CHECKED):
 // a violated precondition aborts with a message naming the control point and
 // the rule, instead of a crash somewhere later. Compiled out otherwise.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cached positions: model, muscle-mode and screen, with the staleness rules
 // that the tangent and conversion code share.
 #include "controlpoint/checked.h"

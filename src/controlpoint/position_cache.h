@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Staleness rules shared by the position, tangent and conversion code
 // (internal).
 #ifndef SPLINECORE_SRC_CONTROLPOINT_POSITION_CACHE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The control-point record: construction, copying, destruction, memory, and
 // the small queries on muscle data, the figure's In flag and the skin flags.
 #include "splinecore/segment_cp.h"

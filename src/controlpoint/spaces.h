@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two spaces the conversions, the hook placement and the tangent
 // refresh run in, as policies: ScreenSpace (tangents found in screen space
 // and carried back to model space with inverseScreenMatrix) and

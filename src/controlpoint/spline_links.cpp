@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Splines (prev/next) and attached stacks (stackPrev/stackNext): link
 // accessors, head derivation, deletion and invalidation.
 #include "controlpoint/walks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ValidateFigure: the structural rules the getters rely on, checked without
 // allocating and with every walk bounded. Cycles are found by letting a
 // second cursor run at twice the speed: it meets the first one only when

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The walks of a figure, each with what ends it: along a spline, down a
 // stack, along a carrier's hook run, up to a hook's carrier (internal).
 //

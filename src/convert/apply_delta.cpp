@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "convert/apply_delta.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Turning and scaling one tangent by a Delta (internal).
 #ifndef SPLINECORE_SRC_CONVERT_APPLY_DELTA_H
 #define SPLINECORE_SRC_CONVERT_APPLY_DELTA_H

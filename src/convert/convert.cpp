@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SegmentCP::Convert and SegmentCP::MConvert: one conversion written over
 // the space it runs in. Convert finds model tangents in screen space and
 // carries them back with inverseScreenMatrix; MConvert finds muscle-mode

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pieces shared by Convert and MConvert (internal).
 #ifndef SPLINECORE_SRC_CONVERT_CONVERT_COMMON_H
 #define SPLINECORE_SRC_CONVERT_CONVERT_COMMON_H

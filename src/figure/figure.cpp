@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Figure: ownership, building, edits and the canonical state behind every
 // query.
 #include "splinecore/figure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Figure files: JSON text to a checked FigureDescription and back.
 #include "splinecore/figure_file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "figure/invert.h"
 
 #include <cmath>

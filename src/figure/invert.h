@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The inverse of an affine transform, for transforms given without one
 // (internal).
 #ifndef SPLINECORE_SRC_FIGURE_INVERT_H

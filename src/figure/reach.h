@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reach of a local edit: every control point whose derived values the
 // edit can change, closed under "reads": a point that reads a value of the
 // reach (a position, a tangent, a hook placement) is in it too, so that

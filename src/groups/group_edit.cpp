@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Group edits: moving, smoothing, peaking and invalidating the control
 // points of a group list. Invalidation goes through SegmentCP::Touch only.
 #include "groups/group_edit.h"

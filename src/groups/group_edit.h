@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Internal helpers of the group edits.
 #ifndef SPLINECORE_SRC_GROUPS_GROUP_EDIT_H
 #define SPLINECORE_SRC_GROUPS_GROUP_EDIT_H

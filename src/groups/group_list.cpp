@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Group lists: singly linked GroupNode lists of control points.
 #include "marrow/marrow.h"
 #include "splinecore/groups.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Internal helper of slice reversal.
 #ifndef SPLINECORE_SRC_GROUPS_REVERSE_HOOK_RUN_H
 #define SPLINECORE_SRC_GROUPS_REVERSE_HOOK_RUN_H

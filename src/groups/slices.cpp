@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Slice lists: keeping, searching, grouping and reversing splines.
 #include "splinecore/slices.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Placement of a carrier's hooks on its segment, written once over the
 // space: in screen space (HookRange: the pieces are cut in screen space and
 // carried back to model space) and in muscle mode (MHookRange).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // HookSegmentCP: construction, the parameter s and the piece accessors.
 #include "hooks/snap.h"
 #include "splinecore/hooks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The snapping rule for a hook's parameter s, shared by GetS and slice
 // reversal.
 #ifndef SPLINECORE_SRC_HOOKS_SNAP_H

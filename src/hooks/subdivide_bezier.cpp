@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hooks/subdivide_bezier.h"
 
 namespace splinecore {

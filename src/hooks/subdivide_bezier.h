@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cutting a cubic Bezier between two parameters (internal).
 #ifndef SPLINECORE_SRC_HOOKS_SUBDIVIDE_BEZIER_H
 #define SPLINECORE_SRC_HOOKS_SUBDIVIDE_BEZIER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compile-time checks of the memory layouts shared with the host. The
 // binding offsets are those of the 32-bit layout, checked in i386 builds;
 // x86-64 builds use the natural 64-bit layout of the same declarations.

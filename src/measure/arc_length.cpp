@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Segment and spline lengths in view space, and the point at a length.
 #include "measure/arc_length.h"
 

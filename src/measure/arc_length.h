@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // In-segment solver of the point at a length (internal).
 #ifndef SPLINECORE_SRC_MEASURE_ARC_LENGTH_H
 #define SPLINECORE_SRC_MEASURE_ARC_LENGTH_H

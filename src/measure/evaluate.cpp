@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bezier point evaluation with Bernstein weights kept in double precision.
 #include "splinecore/measure.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Forward differencing of a cubic Hermite piece: set-up in power form, then
 // three additions per coordinate and step.
 #include "measure/forward_difference.h"

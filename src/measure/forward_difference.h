@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Three-coordinate and plane forward-differencing helpers (internal).
 #ifndef SPLINECORE_SRC_MEASURE_FORWARD_DIFFERENCE_H
 #define SPLINECORE_SRC_MEASURE_FORWARD_DIFFERENCE_H

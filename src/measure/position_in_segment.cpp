@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The in-segment solver: which of the 30 chords holds a length, and the
 // cubic's point and derivative at the interpolated parameter.
 #include "measure/arc_length.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "measure/view_cubic.h"
 
 namespace splinecore {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Segment sampling shared by the arc-length operations (internal).
 #ifndef SPLINECORE_SRC_MEASURE_VIEW_CUBIC_H
 #define SPLINECORE_SRC_MEASURE_VIEW_CUBIC_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "splinecore/segment_cp.h"
 
 namespace splinecore {

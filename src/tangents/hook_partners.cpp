@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tangents/hook_partners.h"
 
 #include "controlpoint/walks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The hook partners: the non-hook control points of other splines stacked at
 // the two ends of a hook's segment, from whose handles the hook takes its
 // tangent (internal).

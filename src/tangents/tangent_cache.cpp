@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lazily computed tangents and handle points: model (Getit/Getot), screen
 // (Getscreenit/Getscreenot) and muscle mode (Getmit/Getmot).
 #include "controlpoint/checked.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* marrow: the host's memory services as the splinecore library sees them.
  *
  * Four C entry points, resolved by symbol: a host executable that exports
