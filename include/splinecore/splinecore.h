@@ -16,5 +16,6 @@
 #include "splinecore/segment_cp.h"
 #include "splinecore/slices.h"
 #include "splinecore/validate.h"
+#include "splinecore/version.h"
 
 #endif

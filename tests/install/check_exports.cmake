@@ -61,7 +61,9 @@ set(required
   "splinecore::Figure::Figure()" "splinecore::Figure::~Figure()" "splinecore::Figure::Describe() const"
   "splinecore::Figure::AddSpline(" "splinecore::Figure::AddHook(" "splinecore::Figure::Stack("
   "splinecore::Figure::Move(" "splinecore::Figure::Reverse(int)" "splinecore::Figure::Segment("
-  "splinecore::Figure::SplineLength(int)" "splinecore::FigureError::FigureError(")
+  "splinecore::Figure::SplineLength(int)" "splinecore::FigureError::FigureError("
+  "splinecore::Version()" "splinecore::LayoutFingerprint()"
+  "splinecore::ReadFigureFile(" "splinecore::WriteFigureFile")
 
 # Internal operations and inline helpers must stay private.
 set(forbidden

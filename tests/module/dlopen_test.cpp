@@ -4,8 +4,12 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
+
 #include "marrow/marrow.h"
 #include "splinecore/segment_cp.h"
+#include "splinecore/version.h"
 
 namespace {
 
@@ -36,6 +40,19 @@ class Library {
  private:
   void* handle_;
 };
+
+TEST(Dlopen, TheLoadedLibraryHasTheHeadersLayoutAndVersion) {
+  Library library;
+  ASSERT_TRUE(library.Loaded()) << dlerror();
+  auto fingerprint = library.Resolve<std::uint64_t (*)()>("_ZN10splinecore17LayoutFingerprintEv");
+  auto version = library.Resolve<const char* (*)()>("_ZN10splinecore7VersionEv");
+  ASSERT_NE(fingerprint, nullptr);
+  ASSERT_NE(version, nullptr);
+  EXPECT_EQ(fingerprint(), splinecore::kLayoutFingerprint);
+  EXPECT_STREQ(version(), SPLINECORE_VERSION_STRING);
+  // The fingerprint follows the layout: a record of another size changes it.
+  EXPECT_NE(splinecore::detail::Mix(splinecore::kLayoutFingerprint, 0), splinecore::kLayoutFingerprint);
+}
 
 TEST(Dlopen, LoadsResolvesBuildsAFigureAndUnloads) {
   const long before = MarrowLiveBlocks();
