@@ -3,7 +3,7 @@
 #   make test   builds and tests the x86-64, i386, ASan/UBSan and TSan presets
 PRESETS := default i386 asan tsan
 
-.PHONY: all test demo demo-expected bench fuzz soak deps clean
+.PHONY: all test demo demo-expected bench fuzz soak package deps clean
 
 all: demo
 
@@ -56,6 +56,12 @@ fuzz:
 	@cmake --preset fuzz >/dev/null
 	@cmake --build --preset fuzz
 	@fuzz/run.sh $(FUZZ_SECONDS)
+
+# The runtime and -dev .debs and a .tar.gz, in build/default/packages.
+package: deps
+	@cmake --preset default >/dev/null
+	@cmake --build --preset default
+	@cd build/default && cpack -B packages
 
 clean:
 	rm -rf build
