@@ -30,6 +30,11 @@ soak: deps
 demo:
 	@scripts/install-deps.sh demo
 	@cmake --preset default >/dev/null
+	@for target in splinecore-demo splinecore_python; do \
+	  grep -q "^build $$target:" build/default/build.ninja || { echo "make demo: $$target is not configured:" \
+	    "a package is missing (cmake --preset default names it; scripts/install-deps.sh demo installs them)" >&2; \
+	    exit 1; }; \
+	done
 	@cmake --build --preset default --target splinecore-demo splinecore_python
 	@./build/default/examples/splinecore-demo --out build/demo/figure
 
