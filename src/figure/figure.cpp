@@ -272,7 +272,6 @@ struct Figure::Impl {
       auto* h = new HookSegmentCP(&cache);
       h->OnHook();
       h->SetS(SnapS(d.s));
-      h->tempv = Vector(0, 0, 0);
       cp = h;
     } else {
       cp = new SegmentCP(&cache);

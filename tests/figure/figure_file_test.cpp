@@ -67,6 +67,8 @@ const BadFile kBadFiles[] = {
     {"UnknownKey", "{\n  \"splines\": [],\n  \"colour\": 3\n}", 3, "unknown key 'colour'"},
     {"NoSplines", "{\n  \"splines\": []\n}", 2, "\"splines\" must be a non-empty array"},
     {"NoPoints", "{\"splines\": [\n  {\"name\": \"a\", \"points\": []}\n]}", 2, "needs \"points\": a non-empty array"},
+    {"UnknownSplineKey", "{\"splines\": [\n  {\"points\": [{\"at\": [0, 0]}],\n   \"colour\": 1}\n]}", 3,
+     "unknown key 'colour'"},
     {"DuplicateName",
      "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]},\n"
      "  {\"name\": \"a\", \"points\": [{\"at\": [0, 1]}, {\"at\": [1, 1]}]}\n]}",
@@ -176,6 +178,7 @@ TEST(FigureFile, WritingAndReadingBackKeepsEveryBit) {
   SplineDesc s;
   s.points = {PointDesc{Vector(-0.0f, 1.0f / 3, 1e-40f)}, PointDesc{Vector(2, 0.1f, 0)}, PointDesc{Vector(3, 1, 0)}};
   s.points[1].in = Delta{-0.0f, 1.0f / 7, 0.3f};
+  s.points[2].out = Delta{0, 0, 2};  // a length factor alone
   built.AddSpline(s);
   SplineDesc hook;
   hook.points = {PointDesc{Vector(0, 5, 0)}, PointDesc{}};

@@ -173,9 +173,14 @@ std::vector<float> Ask(Figure& f, PointId id, int kind) {
       break;
     default:
       if (id.index == 0) {
+        // Points at lengths first: the first answer after an edit may be one.
+        for (const PointOnSpline& p : f.PointsAtLengths(id.spline, {0.0f, 1.25f, 40.0f})) {
+          Push(out, p.position);
+          Push(out, p.direction);
+        }
         const float total = f.SplineLength(id.spline);
         out.push_back(total);
-        for (const PointOnSpline& p : f.PointsAtLengths(id.spline, {0.0f, total * 0.5f, total})) {
+        for (const PointOnSpline& p : f.PointsAtLengths(id.spline, {total * 0.5f, total})) {
           Push(out, p.position);
           Push(out, p.direction);
         }
