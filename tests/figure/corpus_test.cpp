@@ -1,0 +1,176 @@
+// Properties every figure of the shared corpus (tests/figures/*.json) must
+// have: segments end at the positions, lengths stay under the control
+// polygon, walks start and end where they should, reversal and description
+// round trips keep the bits, screen handles are the model handles moved by
+// the screen transform.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "splinecore/figure.h"
+#include "splinecore/figure_file.h"
+
+namespace splinecore {
+namespace {
+
+std::vector<std::filesystem::path> Corpus() {
+  std::vector<std::filesystem::path> out;
+  for (const auto& e : std::filesystem::directory_iterator(std::filesystem::path(SPLINECORE_SOURCE_DIR) / "tests/figures"))
+    out.push_back(e.path());
+  return out;
+}
+
+FigureDescription Load(const std::filesystem::path& path) {
+  std::ifstream in(path);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return ReadFigureFile(text.str());
+}
+
+bool Same(const Vector& a, const Vector& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+double Distance(const Vector& a, const Vector& b) { return std::sqrt((a - b).Dot(a - b)); }
+double Size(const Vector& a) { return std::sqrt(a.Dot(a)); }
+
+std::vector<Space> Spaces(const Figure& f) {
+  if (f.MuscleMode()) return {Space::kModel, Space::kScreen, Space::kMuscle};
+  return {Space::kModel, Space::kScreen};
+}
+
+PointId Next(Figure& f, PointId p) {
+  return PointId{p.spline, p.index + 1 < f.PointCount(p.spline) ? p.index + 1 : 0};
+}
+
+// Every answer the figure gives, as bits, with the SVG paths.
+std::vector<std::uint32_t> Answers(Figure& f, std::string* svg) {
+  std::vector<float> out;
+  auto put = [&out](const Vector& v) { out.insert(out.end(), {v.x, v.y, v.z}); };
+  for (int s = 0; s < f.SplineCount(); ++s) {
+    out.push_back(f.SplineLength(s));
+    for (const PointOnSpline& p : f.PointsAtLengths(s, {0.0f, 0.7f, 2.5f, 1e4f})) {
+      put(p.position);
+      put(p.direction);
+    }
+    for (const Vector& v : f.Sample(s, 3)) put(v);
+    for (Space space : Spaces(f)) *svg += f.SvgPath(s, space) + "\n";
+    for (int i = 0; i < f.PointCount(s); ++i) {
+      const PointId p{s, i};
+      for (Space space : Spaces(f)) {
+        put(f.Position(p, space));
+        if (!f.OwnsSegment(p)) continue;
+        const Bezier b = f.Segment(p, space);
+        for (const Vector& v : {b.p0, b.h0, b.h1, b.p1}) put(v);
+        for (const Bezier& piece : f.HookPieces(p, space))
+          for (const Vector& v : {piece.p0, piece.h0, piece.h1, piece.p1}) put(v);
+      }
+      if (f.OwnsSegment(p)) out.push_back(f.SegmentLength(p));
+    }
+  }
+  std::vector<std::uint32_t> bits(out.size());
+  std::memcpy(bits.data(), out.data(), out.size() * sizeof(float));
+  return bits;
+}
+
+class CorpusFigure : public ::testing::TestWithParam<std::filesystem::path> {};
+
+TEST_P(CorpusFigure, SegmentsLengthsAndWalks) {
+  const FigureDescription d = Load(GetParam());
+  Figure f(d);
+  EXPECT_TRUE(f.Validate().empty());
+  for (int s = 0; s < f.SplineCount(); ++s) {
+    float sum = 0.0f;
+    int segments = 0;
+    for (int i = 0; i < f.PointCount(s); ++i) {
+      const PointId p{s, i};
+      SCOPED_TRACE(std::to_string(s) + ":" + std::to_string(i));
+      if (!f.OwnsSegment(p)) continue;
+      ++segments;
+      for (Space space : Spaces(f)) {
+        const Bezier b = f.Segment(p, space);
+        EXPECT_TRUE(Same(b.p0, f.Position(Next(f, p), space)) && Same(b.p1, f.Position(p, space)));
+        // Hook pieces cut the segment in run order, joined at the hooks.
+        const std::vector<Bezier> pieces = f.HookPieces(p, space);
+        for (std::size_t k = 0; k + 1 < pieces.size(); ++k) EXPECT_TRUE(Same(pieces[k].p1, pieces[k + 1].p0));
+        if (!pieces.empty() && space != Space::kMuscle) {
+          EXPECT_TRUE(Same(pieces.back().p1, b.p0));
+          EXPECT_LT(Distance(pieces.front().p0, b.p1), 1e-4 * (1 + Size(b.p1)));
+        }
+      }
+      // The model handles through the screen transform are the screen handles, up to rounding.
+      const Bezier model = f.Segment(p, Space::kModel), screen = f.Segment(p, Space::kScreen);
+      const Vector m[] = {model.p0, model.h0, model.h1, model.p1}, sc[] = {screen.p0, screen.h0, screen.h1, screen.p1};
+      for (int k = 0; k < 4; ++k) EXPECT_LT(Distance(TransformPoint(d.screen, m[k]), sc[k]), 1e-4 * (1 + Size(sc[k])));
+      // 30 chords of the view-space curve never exceed its control polygon.
+      const Vector v[] = {TransformPoint(d.view, m[0]), TransformPoint(d.view, m[1]), TransformPoint(d.view, m[2]),
+                          TransformPoint(d.view, m[3])};
+      const double polygon = Distance(v[0], v[1]) + Distance(v[1], v[2]) + Distance(v[2], v[3]);
+      const float length = f.SegmentLength(p);
+      EXPECT_GE(length, 0.0f);
+      EXPECT_LE(length, polygon * (1 + 1e-5) + 1e-6);
+      EXPECT_GE(length, Distance(v[0], v[3]) * (1 - 1e-5) - 1e-6);
+      sum += length;
+    }
+    EXPECT_EQ(f.SplineLength(s), segments == 0 ? 1.0f : sum);
+    // Travel runs from the far end to the first point: a walk starts at the
+    // first point and ends at the far end, a sample the other way round.
+    const Vector first = TransformPoint(d.view, f.Position(PointId{s, 0}, Space::kModel));
+    const PointId farEnd{s, f.IsClosed(s) ? 0 : f.PointCount(s) - 1};
+    const Vector last = TransformPoint(d.view, f.Position(farEnd, Space::kModel));
+    const std::vector<PointOnSpline> at = f.PointsAtLengths(s, {0.0f, sum, 2 * sum + 1});
+    EXPECT_LT(Distance(at[0].position, first), 1e-4 * (1 + Size(first)));
+    if (segments > 0) {
+      EXPECT_TRUE(Same(at[2].position, last));
+      EXPECT_LT(Distance(at[1].position, last), 1e-3 * (1 + Size(last)));
+    }
+    const std::vector<Vector> sample = f.Sample(s, 4);
+    EXPECT_EQ(sample.size(), static_cast<std::size_t>(segments * 4 + 1));
+    EXPECT_TRUE(Same(sample.front(), segments > 0 ? last : first));
+    EXPECT_LT(Distance(sample.back(), first), 1e-4 * (1 + Size(first)));
+  }
+}
+
+TEST_P(CorpusFigure, DescriptionsAndReversalsKeepTheBits) {
+  const FigureDescription d = Load(GetParam());
+  Figure f(d);
+  const std::string text = WriteFigureFile(f.Describe());  // hook parameters snapped
+  std::string svg;
+  const std::vector<std::uint32_t> answers = Answers(f, &svg);
+  // Written and read back, and rebuilt from its own description after queries.
+  EXPECT_EQ(WriteFigureFile(ReadFigureFile(text)), text);
+  Figure again(f.Describe());
+  std::string svgAgain;
+  EXPECT_EQ(Answers(again, &svgAgain), answers);
+  EXPECT_EQ(svgAgain, svg);
+  EXPECT_EQ(WriteFigureFile(f.Describe()), text);
+  // Each spline reversed: its points in the other order; reversed again, the
+  // figure it was.
+  for (int s = 0; s < f.SplineCount(); ++s) {
+    Figure r(d);
+    const int n = r.PointCount(s);
+    std::vector<Vector> before;
+    for (int i = 0; i < n; ++i) before.push_back(r.Position(PointId{s, i}, Space::kModel));
+    r.Reverse(s);
+    EXPECT_TRUE(r.Validate().empty());
+    if (!r.IsClosed(s)) {
+      for (int i = 0; i < n; ++i) EXPECT_TRUE(Same(r.Position(PointId{s, n - 1 - i}, Space::kModel), before[i]));
+    }
+    r.Reverse(s);
+    std::string svgBack;
+    EXPECT_EQ(Answers(r, &svgBack), answers) << "spline " << s;
+    EXPECT_EQ(svgBack, svg);
+    EXPECT_EQ(WriteFigureFile(r.Describe()), text);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Figures, CorpusFigure, ::testing::ValuesIn(Corpus()), [](const auto& info) {
+  return info.param.stem().string();
+});
+
+}  // namespace
+}  // namespace splinecore
