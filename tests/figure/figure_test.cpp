@@ -84,28 +84,6 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { g.AddHook(PointId{1, 1}, PointId{0, 1}); }, "point 0:1: a carrier needs a next");
 }
 
-TEST(Figure, StraightLineMeasuresItsLengthAndEnds) {
-  // A straight open spline 0 -> 4 on x: its length is 4, the point at length
-  // 0 is the first point and the point at the total is the last. Curves
-  // travel from next toward prev: the direction points back to the first.
-  Figure f;
-  f.AddSpline(Line({{0, 0, 0}, {1, 0, 0}, {4, 0, 0}}));
-  EXPECT_NEAR(f.SplineLength(0), 4.0f, 1e-5f);
-  const PointOnSpline start = f.PointAtLength(0, 0.0f);
-  const PointOnSpline end = f.PointAtLength(0, f.SplineLength(0));
-  EXPECT_NEAR(start.position.x, 0.0f, 1e-5f);
-  EXPECT_NEAR(end.position.x, 4.0f, 1e-5f);
-  EXPECT_LT(start.direction.x, 0.0f);
-  // Segment ends are the positions, in every space.
-  for (Space space : {Space::kModel, Space::kScreen}) {
-    const Bezier b = f.Segment(PointId{0, 1}, space);
-    EXPECT_EQ(b.p0, f.Position(PointId{0, 2}, space));
-    EXPECT_EQ(b.p1, f.Position(PointId{0, 1}, space));
-  }
-}
-
-Matrix test_identity() { return Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}}; }
-
 TEST(Figure, PeakAndSmoothChangeTheTangentsAndTheDescription) {
   // At a peak each tangent follows its own chord; smooth, both share one
   // direction. Middle point (2,1,0) between (0,0,0) and (4,0,0): peaked, its
@@ -124,41 +102,6 @@ TEST(Figure, PeakAndSmoothChangeTheTangentsAndTheDescription) {
   f.SetSmooth(mid, true);
   EXPECT_TRUE(f.Describe().splines[0].points[1].smooth);
   EXPECT_EQ(f.Segment(mid, Space::kModel).h1, smoothIn.h1);
-}
-
-TEST(Figure, HookPiecesCoverTheCarriersSegment) {
-  // A run of two hooks cuts the carrier's segment into three pieces: they
-  // start at the carrier, meet at the hooks and end at the carrier's next.
-  Figure f;
-  f.AddSpline(Line({{0, 0, 0}, {4, 0, 0}}));
-  for (float s : {0.25f, 0.75f}) {
-    SplineDesc d = Line({{s * 4, 2, 0}, {s * 4, 3, 0}});
-    d.points.insert(d.points.begin() + 1, Hook(s));
-    f.AddHook(PointId{f.AddSpline(d), 1}, PointId{0, 0});
-  }
-  const std::vector<Bezier> pieces = f.HookPieces(PointId{0, 0}, Space::kModel);
-  ASSERT_EQ(pieces.size(), 3u);
-  EXPECT_EQ(pieces[0].p0, f.Position(PointId{0, 0}, Space::kModel));
-  EXPECT_EQ(pieces[0].p1, f.Position(PointId{1, 1}, Space::kModel));
-  EXPECT_EQ(pieces[1].p0, pieces[0].p1);
-  EXPECT_EQ(pieces[1].p1, f.Position(PointId{2, 1}, Space::kModel));
-  EXPECT_EQ(pieces[2].p1, f.Position(PointId{0, 1}, Space::kModel));
-  // In screen space the pieces run between the screen positions.
-  const Matrix twice{{{2, 0, 0, 1}, {0, 2, 0, 0}, {0, 0, 2, 0}}};
-  const Matrix half{{{0.5f, 0, 0, -0.5f}, {0, 0.5f, 0, 0}, {0, 0, 0.5f, 0}}};
-  f.SetScreen(twice, half);
-  const std::vector<Bezier> screen = f.HookPieces(PointId{0, 0}, Space::kScreen);
-  EXPECT_EQ(screen.front().p0, Vector(1, 0, 0));  // 2 * (0,0,0) + (1,0,0)
-  EXPECT_EQ(screen.back().p1, Vector(9, 0, 0));   // 2 * (4,0,0) + (1,0,0)
-  f.SetScreen(test_identity(), test_identity());
-  // Each hook is the segment's point at t = 1 - s (t = 0 at the next).
-  Bezier b = f.Segment(PointId{0, 0}, Space::kModel);
-  for (int k = 0; k < 2; ++k) {
-    Vector at;
-    CalcPoint(b.p0, b.h0, b.h1, b.p1, k == 0 ? 0.75f : 0.25f, at);
-    EXPECT_NEAR(pieces[static_cast<std::size_t>(k)].p1.x, at.x, 1e-6f);
-    EXPECT_NEAR(pieces[static_cast<std::size_t>(k)].p1.y, at.y, 1e-6f);
-  }
 }
 
 // Lifts a point by its spline index plus one.
@@ -218,35 +161,6 @@ TEST(Figure, HostEffectsMoveTheirPointInMuscleModeAndTravelWithTheDescription) {
   const Bezier stretched = f.Segment(PointId{1, 1}, Space::kModel);
   EXPECT_NEAR(stretched.h1.x - stretched.p1.x, 2 * (plain.h1.x - plain.p1.x), 1e-5f);
   EXPECT_EQ(lift.use_count(), 3);  // this test's, the description's and the copy's
-}
-
-TEST(Figure, SamplesRunAlongTheSplineAndStartEachSegmentExactlyAtItsEnd) {
-  // Segments run from their owner's next to the owner, so the samples of an
-  // open spline start at its last point and finish at its first.
-  Figure f;
-  f.AddSpline(Line({{0, 0, 0}, {1, 2, 0}, {3, 2, 1}, {4, 0, 0}}));
-  SplineDesc loop = Line({{10, 0, 0}, {12, 1, 0}, {11, 3, 0}}, true);
-  f.AddSpline(loop);
-  f.AddSpline(Line({{7, 7, 7}}));
-  const Matrix view{{{2, 0, 0, 1}, {0, 2, 0, -1}, {0, 0, 2, 0}}};
-  f.SetView(view);
-  for (int spline : {0, 1}) {
-    const int n = f.PointCount(spline);
-    const int segments = f.IsClosed(spline) ? n : n - 1;
-    const std::vector<Vector> samples = f.Sample(spline, 5);
-    ASSERT_EQ(samples.size(), static_cast<std::size_t>(segments * 5 + 1));
-    // Parameter 0 of each segment is its owner's next, exactly.
-    for (int k = 0; k < segments; ++k) {
-      const int owner = segments - 1 - k;
-      const Vector next = TransformPoint(view, f.Position(PointId{spline, (owner + 1) % n}, Space::kModel));
-      EXPECT_EQ(samples[static_cast<std::size_t>(k * 5)], next) << spline << ":" << owner;
-    }
-    const Vector first = TransformPoint(view, f.Position(PointId{spline, 0}, Space::kModel));
-    EXPECT_NEAR(samples.back().x, first.x, 1e-4f);
-    EXPECT_NEAR(samples.back().y, first.y, 1e-4f);
-  }
-  EXPECT_EQ(f.Sample(2, 3), std::vector<Vector>{TransformPoint(view, Vector(7, 7, 7))});
-  EXPECT_THROW(f.Sample(0, 0), FigureError);
 }
 
 TEST(Figure, ScreenWithoutInverseIsInvertedOrRefused) {
