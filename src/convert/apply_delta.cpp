@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-namespace splinecore {
+namespace splinecore::detail {
 
 namespace {
 
@@ -61,4 +61,4 @@ void ApplyDelta(Vector& t, float pitch, float yaw, float magnitude, Vector& norm
   t = t * length * magnitude;
 }
 
-}  // namespace splinecore
+}  // namespace splinecore::detail

@@ -5,7 +5,7 @@
 
 #include "splinecore/geometry.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 // Turns t toward `normal` by `pitch` degrees, then toward t x normal by
 // `yaw`, and scales it by |t| then by `magnitude`. A zero t is left alone
@@ -18,6 +18,6 @@ void ApplyDelta(Vector& t, float pitch, float yaw, float magnitude, Vector& norm
 // does (exact in double); a non-finite angle makes no turn (out = a).
 void TurnToward(const Vector& a, const Vector& b, Vector& out, float degrees);
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

@@ -16,7 +16,7 @@
 #include "figure/invert.h"
 #include "figure/reach.h"
 #include "hooks/snap.h"
-#include "measure/arc_length.h"
+#include "measure/position_in_segment.h"
 #include "measure/forward_difference.h"
 #include "measure/view_cubic.h"
 #include "marrow/marrow.h"
@@ -271,7 +271,7 @@ struct Figure::Impl {
     if (d.hook) {
       auto* h = new HookSegmentCP(&cache);
       h->OnHook();
-      h->SetS(SnapS(d.s));
+      h->SetS(detail::SnapS(d.s));
       cp = h;
     } else {
       cp = new SegmentCP(&cache);
@@ -602,7 +602,7 @@ void Figure::SetHookS(PointId hook, float s) {
   SegmentCP* h = impl_->At(hook);
   if (!h->IsHook()) Fail(hook, "not a hook");
   if (!std::isfinite(s)) Fail(hook, "s must be finite");
-  static_cast<HookSegmentCP*>(h)->SetS(SnapS(s));
+  static_cast<HookSegmentCP*>(h)->SetS(detail::SnapS(s));
   // The run is placed together: every hook of it may move.
   if (SegmentCP* carrier = FindCarrier(h)) {
     for (SegmentCP* k : HookRun(carrier)) impl_->Moved(k);
@@ -848,7 +848,7 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
                                      [](double length, const Step& s) { return length < s.passed; });
     if (at != steps.end()) {
       const float rest = static_cast<float>(static_cast<double>(l) - at->before);
-      PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
+      detail::PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
     } else {
       // Beyond the end, or no segment: the far end at parameter 0.
       p.position = TransformPoint(view, end->Getp());
@@ -868,19 +868,19 @@ std::vector<Vector> Figure::Sample(int spline, int steps) {
   impl_->Canonicalize();
   const std::vector<SegmentCP*>& points = impl_->splines[static_cast<std::size_t>(spline)].points;
   std::vector<Vector> out;
-  FDSteps fd;
-  InitFDSteps(static_cast<unsigned short>(steps), &fd);
+  detail::FDSteps fd;
+  detail::InitFDSteps(static_cast<unsigned short>(steps), &fd);
   Column col{};
   for (auto c = points.rbegin(); c != points.rend(); ++c) {
     if ((*c)->next == nullptr) continue;
     Cubic cubic;
-    ViewCubic(*c, &cubic);
-    CubicPoly poly;
-    CubicToPoly(&poly, &cubic);
-    InitColumn(&col, &poly, &fd);
+    detail::ViewCubic(*c, &cubic);
+    detail::CubicPoly poly;
+    detail::CubicToPoly(&poly, &cubic);
+    detail::InitColumn(&col, &poly, &fd);
     for (int k = 0; k < steps; ++k) {
       out.push_back(col.p);
-      BumpFD(&col);
+      detail::BumpFD(&col);
     }
   }
   out.push_back(out.empty() ? TransformPoint(impl_->view.viewMatrix, first->Getp()) : col.p);

@@ -37,7 +37,7 @@ HookSegmentCP& HookSegmentCP::operator=(const HookSegmentCP& other) = default;
 HookSegmentCP::~HookSegmentCP() = default;
 
 float HookSegmentCP::GetS() {
-  s = SnapS(s);
+  s = detail::SnapS(s);
   return s;
 }
 

@@ -12,7 +12,7 @@
 #include "convert/apply_delta.h"
 #include "expect_vector.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 namespace {
 
 using test::ExpectVector;
@@ -144,4 +144,4 @@ TEST(ApplyDelta, PitchYawAndMagnitude) {
 }
 
 }  // namespace
-}  // namespace splinecore
+}  // namespace splinecore::detail

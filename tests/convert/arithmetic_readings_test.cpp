@@ -17,7 +17,7 @@
 #include "hooks/subdivide_bezier.h"
 #include "test_figure.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 namespace {
 
 using test::ExpectVector;
@@ -146,4 +146,4 @@ TEST(SubdivisionReadings, FactorsRoundedAndSumsRoundedInOrder) {
 }
 
 }  // namespace
-}  // namespace splinecore
+}  // namespace splinecore::detail

@@ -7,7 +7,7 @@
 #include "expect_vector.h"
 #include "measure/forward_difference.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 namespace {
 
 using test::ExpectVector;
@@ -140,4 +140,4 @@ TEST(InitColumn, ThreeCoordinateSetUpAndStepping) {
 }
 
 }  // namespace
-}  // namespace splinecore
+}  // namespace splinecore::detail
