@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "controlpoint/walks.h"
 #include "fuzz_input.h"
 #include "marrow/marrow.h"
 #include "splinecore/splinecore.h"
@@ -48,9 +49,7 @@ class FuzzEffect final : public MuscleEffect {
   std::int16_t inFlags_, outFlags_;
 };
 
-bool IsCarrier(const SegmentCP* c) {
-  return !(c->flags & cpflag::hook) && c->stackNext != nullptr && (c->stackNext->flags & cpflag::hook);
-}
+bool IsCarrier(SegmentCP* c) { return !c->IsHook() && detail::RunStep(c) != nullptr; }
 
 void ReportViolation(const FigureViolation& v, void*) {
   std::fprintf(stderr, "figure_ops: %s at %p: %s\n", FigureRuleName(v.rule), static_cast<const void*>(v.cp),
@@ -294,7 +293,7 @@ void FuzzFigure::Query(FuzzInput& in, SegmentCP* c) {
 // Whether reversing the slice gives a run to a hook: a carrier's next
 // becomes its prev, the run's new carrier.
 bool HandsRunToHook(const Slice* slice) {
-  for (const SegmentCP* c = slice->first; c != nullptr; c = c->IsLoopEnd() ? nullptr : c->next)
+  for (SegmentCP* c : detail::SplinePoints(slice->first))
     if (IsCarrier(c) && c->next != nullptr && c->next->IsHook()) return true;
   return false;
 }
@@ -309,7 +308,7 @@ bool FuzzFigure::MayDelete(SegmentCP* c) {
   const Slice* slice = MatchSliceCP(slices_, c);
   int points = 0;
   bool hooks = false;
-  for (const SegmentCP* x = slice->first; x != nullptr; x = x->IsLoopEnd() ? nullptr : x->next) {
+  for (SegmentCP* x : detail::SplinePoints(slice->first)) {
     ++points;
     hooks = hooks || x->IsHook();
   }
