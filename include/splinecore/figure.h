@@ -90,17 +90,19 @@ struct FigureDescription {
   std::vector<std::vector<PointId>> stacks;  ///< non-hook members, top to bottom
   std::vector<HookDesc> hooks;               ///< every hung hook
   std::vector<MuscleEffectDesc> muscleEffects;  ///< per point in effect order
-  /// @{
-  Matrix view{}, inverseView{}, screen{}, inverseScreen{};  ///< The transforms (model to view, model to screen) and their inverses.
-  /// @}
+  Matrix view{},       ///< model to view space, where lengths are measured
+      inverseView{},   ///< view to model space
+      screen{},        ///< model to screen space, where tangents are found
+      inverseScreen{};  ///< screen to model space
   bool muscleMode = false;  ///< the figure is in muscle mode
 };
 
 /// The four Bezier points of a segment or hook piece, from parameter 0 to 1.
 struct Bezier {
-  /// @{
-  Vector p0, h0, h1, p1;  ///< End points p0, p1 and handle points h0, h1.
-  /// @}
+  Vector p0,  ///< start (parameter 0)
+      h0,     ///< first handle point
+      h1,     ///< second handle point
+      p1;     ///< end (parameter 1)
 };
 
 /// A point on a spline and the curve's direction there.

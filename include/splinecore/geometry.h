@@ -22,9 +22,9 @@ inline Vector ScaledByReciprocal(const Vector& v, float length);
 /// after them; host records index arrays of Vector with this 12-byte element
 /// size.
 struct Vector {
-  /// @{
-  float x, y, z;  ///< The components.
-  /// @}
+  float x,  ///< x component
+      y,    ///< y component
+      z;    ///< z component
 
   /// Leaves the components as they are (no zeroing), so arrays cost nothing.
   Vector() = default;
