@@ -64,7 +64,7 @@ struct HookDesc {
 /// by the figures built from a description that lists it.
 class SPLINECORE_API CustomMuscleEffect {
  public:
-  virtual ~CustomMuscleEffect();  ///< Effects are destroyed through this base.
+  virtual ~CustomMuscleEffect();  ///< effects are destroyed through this base
   /// Moves *position (the stack head's, in model space); true when it moved.
   virtual bool MovePosition(PointId point, Vector* position) const;
   /// Adjust *delta; return 0 when nothing changed, else nonzero, with bit
@@ -155,9 +155,9 @@ class SPLINECORE_API Figure {
   /// Builds the figure `description` describes through the building calls
   /// and setters, which check it as they always do.
   explicit Figure(const FigureDescription& description);
-  ~Figure();  ///< Frees every record and control point.
-  Figure(const Figure&) = delete;             ///< Not copyable (Describe, then build).
-  Figure& operator=(const Figure&) = delete;  ///< Not copyable.
+  ~Figure();  ///< frees every record and control point
+  Figure(const Figure&) = delete;             ///< not copyable (Describe, then build)
+  Figure& operator=(const Figure&) = delete;  ///< not copyable
   Figure(Figure&&) noexcept;  ///< the moved-from figure may only be destroyed or assigned to
   Figure& operator=(Figure&&) noexcept;  ///< as the move constructor
 
@@ -183,8 +183,8 @@ class SPLINECORE_API Figure {
   /// @name Edits
   /// @{
   void Move(PointId point, Vector at);  ///< the whole stack moves; not a hook
-  void SetDeltas(PointId point, Delta in, Delta out);  ///< Sets the point's in- and out-deltas.
-  void SetSmooth(PointId point, bool smooth);  ///< Makes the point smooth, or a peak.
+  void SetDeltas(PointId point, Delta in, Delta out);  ///< sets the point's in- and out-deltas
+  void SetSmooth(PointId point, bool smooth);  ///< makes the point smooth, or a peak
   void SetHookS(PointId hook, float s);  ///< snapped to 0.25, 0.5 or 0.75 (see PointDesc)
   /// Reverses the spline's direction. Refused when the reversal would leave
   /// the figure invalid (a run that cannot be handed over).
@@ -198,25 +198,25 @@ class SPLINECORE_API Figure {
   /// computed in double and rounded to float; a matrix whose linear part is
   /// singular (or whose inverse is not finite) is refused then.
   void SetView(const Matrix& view, const Matrix& inverse);
-  void SetView(const Matrix& view);  ///< The view transform, its inverse computed (see above).
-  void SetScreen(const Matrix& screen, const Matrix& inverse);  ///< The screen transform with its inverse.
-  void SetScreen(const Matrix& screen);  ///< The screen transform, its inverse computed.
-  void SetMuscleMode(bool on);  ///< Enters or leaves muscle mode.
+  void SetView(const Matrix& view);  ///< the view transform, its inverse computed (see above)
+  void SetScreen(const Matrix& screen, const Matrix& inverse);  ///< the screen transform with its inverse
+  void SetScreen(const Matrix& screen);  ///< the screen transform, its inverse computed
+  void SetMuscleMode(bool on);  ///< enters or leaves muscle mode
   void ClearMuscleEffects(PointId point);  ///< removes every effect of the point
   /// @}
 
   /// @name Queries
   /// Each answers per the coherence contract.
   /// @{
-  int SplineCount() const;  ///< The number of splines.
+  int SplineCount() const;  ///< the number of splines
   const std::string& SplineName(int spline) const;  ///< empty when unnamed
   int FindSpline(const std::string& name) const;     ///< -1 when no spline has it
-  int PointCount(int spline) const;  ///< The number of points of the spline.
-  bool IsClosed(int spline) const;   ///< Whether the spline is closed.
-  bool MuscleMode() const;           ///< Whether the figure is in muscle mode.
+  int PointCount(int spline) const;  ///< the number of points of the spline
+  bool IsClosed(int spline) const;   ///< whether the spline is closed
+  bool MuscleMode() const;           ///< whether the figure is in muscle mode
   /// Whether the point owns a segment (has a next point).
   bool OwnsSegment(PointId point) const;
-  Vector Position(PointId point, Space space);  ///< The point's position in `space`.
+  Vector Position(PointId point, Space space);  ///< the point's position in `space`
   /// Segment owned by `point`: from its next to it. The point needs a next.
   Bezier Segment(PointId point, Space space);
   /// Pieces of the carrier's segment cut at its hooks, in run order, the last

@@ -54,7 +54,7 @@ struct Vector {
     z = static_cast<float>(static_cast<double>(z) * s);
     return *this;
   }
-  Vector operator*(float s) const { return Vector(*this) *= s; }  ///< A copy scaled as by *=.
+  Vector operator*(float s) const { return Vector(*this) *= s; }  ///< a copy scaled as by *=
   /// Negates every component in place (exact).
   Vector& Negate() {
     x = -x;
@@ -62,7 +62,7 @@ struct Vector {
     z = -z;
     return *this;
   }
-  Vector operator-() const { return Vector(-x, -y, -z); }  ///< The negated vector (exact).
+  Vector operator-() const { return Vector(-x, -y, -z); }  ///< the negated vector (exact)
 
   /// Exact double-precision dot product, not rounded.
   double Dot(const Vector& o) const {
@@ -72,7 +72,7 @@ struct Vector {
 
   /// 1 when every component is exactly equal (so 0 == -0), else 0.
   int operator==(const Vector& o) const { return x == o.x && y == o.y && z == o.z; }
-  int operator!=(const Vector& o) const { return !(*this == o); }  ///< The negation of ==.
+  int operator!=(const Vector& o) const { return !(*this == o); }  ///< the negation of ==
 
   /// Scales to unit length: r = 1.0 / (length rounded to float), kept in
   /// double; each component becomes float(x * r). A zero vector is unchanged.

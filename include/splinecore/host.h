@@ -68,10 +68,10 @@ class MuscleEffect {
   MuscleOwner* owner = nullptr;  ///< gives the word passed to the operations
 
  protected:
-  MuscleEffect() = default;  ///< Only the host's derived effects are made.
-  MuscleEffect(const MuscleEffect&) = default;  ///< Copies next and owner.
-  MuscleEffect& operator=(const MuscleEffect&) = default;  ///< Copies next and owner.
-  ~MuscleEffect() = default;  ///< Not virtual: the library never runs it.
+  MuscleEffect() = default;  ///< for the host's derived effects
+  MuscleEffect(const MuscleEffect&) = default;  ///< copies next and owner
+  MuscleEffect& operator=(const MuscleEffect&) = default;  ///< copies next and owner
+  ~MuscleEffect() = default;  ///< not virtual: the library never runs it
 };
 
 /// Muscle-mode data of one control point (by id), allocated by the host from
