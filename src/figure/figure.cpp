@@ -17,6 +17,7 @@
 #include "figure/reach.h"
 #include "hooks/snap.h"
 #include "measure/arc_length.h"
+#include "measure/batch_length.h"
 #include "measure/forward_difference.h"
 #include "measure/view_cubic.h"
 #include "marrow/marrow.h"
@@ -798,7 +799,7 @@ float Figure::SegmentLength(PointId point) {
 float Figure::SplineLength(int spline) {
   SegmentCP* first = impl_->At(PointId{spline, 0});
   impl_->Canonicalize();
-  return GetTotalLength(first);
+  return detail::TotalLength(first);
 }
 
 PointOnSpline Figure::PointAtLength(int spline, float length) {
@@ -822,22 +823,20 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
   };
   std::vector<Step> steps;
   SegmentCP* end = first;
-  if (first->GetNext() != nullptr) {
+  const std::vector<SegmentCP*> walk = detail::LengthWalk(first);
+  if (!walk.empty()) {
+    std::vector<float> measured(walk.size());
+    detail::CurveLengths(walk.data(), walk.size(), measured.data());
     float walked = 0.0f;
     double passed = -1.0;
-    for (SegmentCP* c = first;;) {
-      const bool wasLoopEnd = c->IsLoopEnd();
+    for (std::size_t i = 0; i < walk.size(); ++i) {
       const float before = walked;
-      const double reached = static_cast<double>(walked) + CurveLength(c);
+      const double reached = static_cast<double>(walked) + measured[i];
       walked = static_cast<float>(reached);
       passed = std::max(passed, reached);
-      steps.push_back(Step{c, before, passed});
-      c = c->GetNext();
-      if (wasLoopEnd || c->GetNext() == nullptr) {
-        end = c;
-        break;
-      }
+      steps.push_back(Step{walk[i], before, passed});
     }
+    end = walk.back()->GetNext();
   }
   const Matrix& view = impl_->view.viewMatrix;
   std::vector<PointOnSpline> out;

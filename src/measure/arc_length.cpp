@@ -2,6 +2,7 @@
 // Segment and spline lengths in view space, and the point at a length.
 #include "measure/arc_length.h"
 
+#include "measure/batch_length.h"
 #include "measure/view_cubic.h"
 
 namespace splinecore {
@@ -12,10 +13,9 @@ float Add(float sum, double x) { return static_cast<float>(sum + x); }
 
 }  // namespace
 
-float CurveLength(SegmentCP* c) {
-  if (c->GetNext() == nullptr) return 0.0f;
-  Cubic cubic;
-  ViewCubic(c, &cubic);
+namespace detail {
+
+float CubicLength(const Cubic& cubic) {
   Column col;
   InitChordColumn(&col, &cubic);
   float sum = 0.0f;
@@ -25,6 +25,15 @@ float CurveLength(SegmentCP* c) {
     sum = Add(sum, ChordLength(prev, col.p));
   }
   return sum;
+}
+
+}  // namespace detail
+
+float CurveLength(SegmentCP* c) {
+  if (c->GetNext() == nullptr) return 0.0f;
+  Cubic cubic;
+  ViewCubic(c, &cubic);
+  return detail::CubicLength(cubic);
 }
 
 float GetTotalLength(SegmentCP* c) {
