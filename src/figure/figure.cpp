@@ -668,9 +668,9 @@ void Figure::Delete(PointId point) {
 
 void Figure::SetView(const Matrix& view, const Matrix& inverse) {
   if (!Finite(view) || !Finite(inverse)) throw FigureError("view: matrices must be finite");
+  // No cached value depends on the view: nothing to recompute.
   impl_->view.viewMatrix = view;
   impl_->view.inverseViewMatrix = inverse;
-  impl_->Touched();
 }
 
 void Figure::SetScreen(const Matrix& screen, const Matrix& inverse) {
@@ -787,6 +787,11 @@ std::vector<Bezier> Figure::HookPieces(PointId carrier, Space space) {
   pieces.push_back(
       Bezier{out(start), out(muscle ? last->mpit : last->pit), out(muscle ? last->mpot : last->pot), out(next)});
   return pieces;
+}
+
+void Figure::RefreshAll(Space space) {
+  if (space == Space::kMuscle && !impl_->muscle) throw FigureError("muscle space needs muscle mode");
+  impl_->Canonicalize();
 }
 
 float Figure::SegmentLength(PointId point) {
