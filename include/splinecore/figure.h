@@ -211,6 +211,10 @@ class SPLINECORE_API Figure {
   void RefreshAll(Space space);
   float SegmentLength(PointId point);  // view space; the point needs a next
   float SplineLength(int spline);
+  // Every spline's SplineLength, bit for bit, with the chord sums of the
+  // figure's segments split across `threads` threads (at least 1); the
+  // threads read only a copy of the segments, never a control point.
+  std::vector<float> SplineLengths(int threads = 1);
   // The view-space point and direction at a length from the spline's first
   // point (PositionDirectionFromSubLength's answer; beyond the end, the far
   // end). Lengths must be finite and not negative.

@@ -3,6 +3,7 @@
 // the threaded batch lengths give the one-thread bits.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -123,6 +124,33 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
   }
   Figure plain;
   EXPECT_THROW(plain.RefreshAll(Space::kMuscle), FigureError);
+}
+
+TEST(SplineLengths, AnyNumberOfThreadsGivesEachSplineLengthsBits) {
+  std::vector<FigureDescription> figures = SharedFigures();
+  FigureDescription wavy;  // enough segments for every thread to get a share
+  for (int s = 0; s < 6; ++s) {
+    SplineDesc d;
+    d.closed = s % 2 == 1;
+    for (int i = 0; i < 200; ++i)
+      d.points.push_back(PointDesc{Vector(static_cast<float>(i), std::sin(0.3f * static_cast<float>(i * (s + 1))), 0.1f * s)});
+    wavy.splines.push_back(d);
+  }
+  wavy.view = wavy.inverseView = wavy.screen = wavy.inverseScreen = Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+  figures.push_back(wavy);
+  for (std::size_t k = 0; k < figures.size(); ++k) {
+    Figure f(figures[k]);
+    std::vector<float> one;
+    for (int s = 0; s < f.SplineCount(); ++s) one.push_back(f.SplineLength(s));
+    for (int threads : {1, 2, 3}) {
+      const std::vector<float> many = f.SplineLengths(threads);
+      ASSERT_EQ(many.size(), one.size());
+      for (std::size_t s = 0; s < one.size(); ++s)
+        EXPECT_EQ(std::memcmp(&many[s], &one[s], sizeof(float)), 0) << "figure " << k << ", spline " << s;
+    }
+  }
+  Figure empty;
+  EXPECT_THROW(empty.SplineLengths(0), FigureError);
 }
 
 }  // namespace
