@@ -14,6 +14,7 @@ splinecore_subsystem(host FILES
 
 splinecore_subsystem(measure FILES
   arc_length.cpp evaluate.cpp
+  batch_length.cpp batch_length.h
   forward_difference.cpp forward_difference.h
   position_in_segment.cpp position_in_segment.h
   view_cubic.cpp view_cubic.h)
@@ -25,7 +26,8 @@ splinecore_subsystem(controlpoint FILES
   spaces.h walks.h)
 
 splinecore_subsystem(tangents USES controlpoint FILES
-  get_tangents.cpp tangent_cache.cpp
+  get_tangents.cpp tangent_rule.h
+  tangent_cache.cpp
   hook_partners.cpp hook_partners.h)
 
 splinecore_subsystem(hooks USES controlpoint FILES
@@ -34,8 +36,7 @@ splinecore_subsystem(hooks USES controlpoint FILES
   snap.h)
 
 splinecore_subsystem(convert USES controlpoint tangents FILES
-  apply_delta.cpp apply_delta.h
-  convert.cpp)
+  apply_delta.h convert.cpp)
 
 splinecore_subsystem(groups USES controlpoint hooks FILES
   group_edit.cpp group_edit.h

@@ -224,10 +224,24 @@ class SPLINECORE_API Figure {
   /// Space::kModel and kScreen give the screen placement's pieces (model
   /// space and screen space), kMuscle the muscle placement's.
   std::vector<Bezier> HookPieces(PointId carrier, Space space);
+  /// Brings every stale value of `space` up to date now, in one ordered pass
+  /// over the figure: stack heads' positions first, then tangents and handles
+  /// point by point in spline order, each carrier's hooks placed with its
+  /// run (in muscle mode the muscle family comes first). The queries and the
+  /// raw getters of ControlPoint() then answer from the caches, with the bits
+  /// they would have computed lazily. One pass serves every space: the model
+  /// tangents are found in screen space and the muscle family feeds them, so
+  /// any space refreshes all three. kMuscle needs muscle mode. The view
+  /// transform enters no cached value: SetView leaves nothing stale.
+  void RefreshAll(Space space);
   float SegmentLength(PointId point);  ///< view space; the point needs a next
   /// GetTotalLength from the spline's first point: its segment lengths
   /// summed in view space; 1.0 for a spline without a segment.
   float SplineLength(int spline);
+  /// Every spline's SplineLength, bit for bit, with the chord sums of the
+  /// figure's segments split across `threads` threads (at least 1); the
+  /// threads read only a copy of the segments, never a control point.
+  std::vector<float> SplineLengths(int threads = 1);
   /// The view-space point and direction at a length from the spline's first
   /// point (PositionDirectionFromSubLength's answer; beyond the end, the far
   /// end). Lengths must be finite and not negative.

@@ -3,9 +3,6 @@
 // the space it runs in. Convert finds model tangents in screen space and
 // carries them back with inverseScreenMatrix; MConvert finds muscle-mode
 // tangents from the muscle-placement positions, with no transform.
-#include <cstdint>
-#include <cstring>
-
 #include "controlpoint/spaces.h"
 #include "convert/apply_delta.h"
 #include "tangents/hook_partners.h"
@@ -16,15 +13,6 @@ namespace {
 
 using detail::MuscleSpace;
 using detail::ScreenSpace;
-
-// True when pitch and yaw are both zero of either sign: no turn at all.
-bool MakesNoTurn(const Delta& d) {
-  std::uint32_t pitch;
-  std::uint32_t yaw;
-  std::memcpy(&pitch, &d.pitch, sizeof pitch);
-  std::memcpy(&yaw, &d.yaw, sizeof yaw);
-  return ((pitch | yaw) & 0x7FFFFFFFu) == 0;
-}
 
 // The handle offset a hook partner contributes: the reverse of its in-offset
 // when that points away from the hook's neighbour (d), else its out-offset.
@@ -84,7 +72,7 @@ void ConvertIn(SegmentCP* c) {
     const Delta in = c->Getindelta();
     const Delta out = c->Getoutdelta();
     const int screen = Space::kScreen ? 1 : 0;
-    if (MakesNoTurn(in) && MakesNoTurn(out)) {
+    if (detail::MakesNoTurn(in) && detail::MakesNoTurn(out)) {
       c->GetTangents(&it, &ot, nullptr, nullptr, screen);
       if (in.magnitude != 1.0f) it *= in.magnitude;
       if (out.magnitude != 1.0f) ot *= out.magnitude;

@@ -2,6 +2,7 @@
 // Segment and spline lengths in view space, and the point at a length.
 #include "splinecore/measure.h"
 
+#include "measure/batch_length.h"
 #include "measure/position_in_segment.h"
 #include "measure/view_cubic.h"
 
@@ -17,15 +18,7 @@ float CurveLength(SegmentCP* c) {
   if (c->GetNext() == nullptr) return 0.0f;
   Cubic cubic;
   detail::ViewCubic(c, &cubic);
-  Column col;
-  detail::InitChordColumn(&col, &cubic);
-  float sum = 0.0f;
-  for (unsigned k = 0; k < detail::kChordCount; ++k) {
-    const Vector prev = col.p;
-    detail::BumpFD(&col);
-    sum = Add(sum, detail::ChordLength(prev, col.p));
-  }
-  return sum;
+  return detail::CubicLength(cubic);
 }
 
 float GetTotalLength(SegmentCP* c) {
