@@ -1,9 +1,10 @@
 # Two entry points for a fresh machine:
 #   make demo   builds the library and runs the example host
 #   make test   builds and tests the x86-64, i386, ASan/UBSan and TSan presets
+# (make docs writes the API reference to build/docs/html/index.html.)
 PRESETS := default i386 asan tsan
 
-.PHONY: all test demo demo-expected bench fuzz soak package deps clean
+.PHONY: all test demo demo-expected bench fuzz soak package docs deps clean
 
 all: demo
 
@@ -61,6 +62,14 @@ fuzz:
 	@cmake --preset fuzz >/dev/null
 	@cmake --build --preset fuzz
 	@fuzz/run.sh $(FUZZ_SECONDS)
+
+# The API reference (Doxygen) in build/docs/html; any warning, such as an
+# undocumented public declaration, fails it.
+docs:
+	@scripts/install-deps.sh docs
+	@mkdir -p build/docs
+	@doxygen docs/Doxyfile
+	@echo "make docs: wrote build/docs/html/index.html"
 
 # The runtime and -dev .debs and a .tar.gz, in build/default/packages.
 package: deps

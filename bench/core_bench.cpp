@@ -1,7 +1,8 @@
 // The lazy geometry core on a figure of about 100,000 control points: full
-// screen, model and muscle refreshes, a cached getter, and bare loops that
-// do the refreshes' arithmetic on plain arrays without any caching (their
-// ratio to the lazy versions is what the cache machinery costs).
+// screen, model and muscle refreshes through the raw getters, the figure's
+// RefreshAll, a cached getter, and bare loops that run the refreshes'
+// arithmetic kernels on plain arrays without any caching (their ratio to
+// the library is what the cache machinery costs).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -10,7 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "convert/apply_delta.h"
 #include "grid_figure.h"
+#include "tangents/tangent_rule.h"
 
 namespace splinecore::bench {
 namespace {
@@ -97,26 +100,27 @@ void BM_CachedGetter(benchmark::State& state) {
 }
 
 // --- bare loops -------------------------------------------------------------
+// The refreshes' arithmetic on plain arrays in spline order, without caching:
+// the same inline kernels the library runs (the transforms, the tangent
+// rule, ApplyDelta), so the ratio to the library is what the lazy machinery
+// costs. Hook points keep the placement the library gave them and get no
+// tangent here (their rule interpolates partners' handles).
 
 struct Arrays {
-  std::vector<Vector> p, it, ot;
-  std::vector<int> prev, next;
-  std::vector<Vector> screenp, screenit, screenot;
+  std::vector<Vector> p;  // the head's position (a hook's placed position)
+  std::vector<int> head, prev, next;
+  std::vector<unsigned char> smooth, hook;
+  std::vector<Delta> in, out;
+  std::vector<Vector> screenp, it, ot, screenit, screenot;
 };
 
 Arrays& Plain() {
   static Arrays arrays = [] {
     GridFigure& figure = Grid();
+    figure.figure().RefreshAll(Space::kScreen);
     Arrays a;
     const auto& points = figure.points();
-    std::vector<std::pair<SegmentCP*, int>> index;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-      SegmentCP* cp = points[i];
-      a.p.push_back(cp->Getp());
-      a.it.push_back(cp->Getit());
-      a.ot.push_back(cp->Getot());
-    }
-    // Neighbour indices by a sorted lookup of the control-point addresses.
+    // Indices by a sorted lookup of the control-point addresses.
     std::vector<std::pair<const SegmentCP*, int>> sorted;
     for (std::size_t i = 0; i < points.size(); ++i) sorted.emplace_back(points[i], static_cast<int>(i));
     std::sort(sorted.begin(), sorted.end());
@@ -126,59 +130,157 @@ Arrays& Plain() {
       return at != sorted.end() && at->first == cp ? at->second : -1;
     };
     for (SegmentCP* cp : points) {
+      a.p.push_back(cp->head->p);
+      a.head.push_back(find(cp->head));
       a.prev.push_back(find(cp->prev));
       a.next.push_back(find(cp->next));
+      a.smooth.push_back(static_cast<unsigned char>(cp->IsSmooth()));
+      a.hook.push_back(static_cast<unsigned char>(cp->IsHook()));
+      a.in.push_back(cp->indelta);
+      a.out.push_back(cp->outdelta);
     }
-    a.screenp.resize(points.size());
-    a.screenit.resize(points.size());
-    a.screenot.resize(points.size());
+    const std::size_t n = points.size();
+    a.screenp.resize(n);
+    a.it.resize(n);
+    a.ot.resize(n);
+    a.screenit.resize(n);
+    a.screenot.resize(n);
     return a;
   }();
   return arrays;
 }
 
+constexpr float kInThird = -0.3333333432674408f;
+constexpr float kOutThird = 0.3333333432674408f;
+
+void BareScreenPositions(Arrays& a, const Matrix& s) {
+  for (std::size_t i = 0; i < a.p.size(); ++i)
+    if (a.head[i] == static_cast<int>(i)) a.screenp[i] = TransformPoint(s, a.p[i]);
+}
+
+// The model tangents of point i from the screen positions: the tangent rule,
+// the deltas, the inverse screen transform.
+void BareTangents(Arrays& a, std::size_t i, const Matrix& inverse) {
+  const auto at = [&](int k) -> const Vector& { return a.screenp[static_cast<std::size_t>(a.head[static_cast<std::size_t>(k)])]; };
+  const int prev = a.prev[i], next = a.next[i];
+  const Vector& P = at(static_cast<int>(i));
+  const Vector A = prev >= 0 ? at(prev) : detail::kZeroVector;
+  const Vector B = next >= 0 ? at(next) : detail::kZeroVector;
+  const Delta in = a.in[i], out = a.out[i];
+  const bool turn = !(detail::MakesNoTurn(in) && detail::MakesNoTurn(out));
+  Vector it = a.it[i], ot = a.ot[i], inNormal, outNormal;
+  Vector* inN = turn ? &inNormal : nullptr;
+  Vector* outN = turn ? &outNormal : nullptr;
+  int normals;
+  if (a.smooth[i] && prev >= 0 && next >= 0) {
+    normals = detail::SmoothInterior(P, A, B, &it, &ot, inN, outN);
+  } else if (a.smooth[i] && prev < 0 && next >= 0 && a.next[static_cast<std::size_t>(next)] >= 0) {
+    normals = detail::SmoothNoPrev(P, B, at(a.next[static_cast<std::size_t>(next)]), &it, &ot, inN, outN);
+  } else if (a.smooth[i] && next < 0 && prev >= 0 && a.prev[static_cast<std::size_t>(prev)] >= 0) {
+    normals = detail::SmoothNoNext(P, A, at(a.prev[static_cast<std::size_t>(prev)]), &it, &ot, inN, outN);
+  } else {
+    normals = detail::HalfChords(P, prev >= 0 ? &A : nullptr, next >= 0 ? &B : nullptr, &it, &ot, inN, outN);
+  }
+  if (!turn) {
+    if (in.magnitude != 1.0f) it *= in.magnitude;
+    if (out.magnitude != 1.0f) ot *= out.magnitude;
+  } else if (normals != 0) {
+    detail::ApplyDelta(it, in.pitch, in.yaw, in.magnitude, inNormal);
+    detail::ApplyDelta(ot, out.pitch, out.yaw, out.magnitude, outNormal);
+  }
+  TransformDirection(inverse, ot);
+  TransformDirection(inverse, it);
+  a.it[i] = it;
+  a.ot[i] = ot;
+}
+
+void BareModelTangents(Arrays& a, const Matrix& inverse) {
+  for (std::size_t i = 0; i < a.p.size(); ++i)
+    if (!a.hook[i]) BareTangents(a, i, inverse);
+}
+
+void BareScreenHandles(Arrays& a, const Matrix& s) {
+  for (std::size_t i = 0; i < a.p.size(); ++i) {
+    const Vector& p = a.p[i];
+    a.screenit[i] = TransformPoint(s, a.it[i] * kInThird + p);
+    a.screenot[i] = TransformPoint(s, a.ot[i] * kOutThird + p);
+  }
+}
+
+// The floor must compute what the library computes: every tangent (hooks
+// aside) and screen value compared bit for bit once.
+bool FloorMatchesLibrary() {
+  static const bool same = [] {
+    Arrays& a = Plain();
+    const ViewRecord& v = Grid().view();
+    BareScreenPositions(a, v.screenMatrix);
+    BareModelTangents(a, v.inverseScreenMatrix);
+    for (std::size_t i = 0; i < a.p.size(); ++i)
+      if (a.hook[i]) {
+        a.it[i] = Grid().points()[i]->it;
+        a.ot[i] = Grid().points()[i]->ot;
+      }
+    BareScreenHandles(a, v.screenMatrix);
+    for (std::size_t i = 0; i < a.p.size(); ++i) {
+      SegmentCP* cp = Grid().points()[i];
+      if (a.head[i] == static_cast<int>(i) && !(a.screenp[i] == cp->screenp)) return false;
+      if (!a.hook[i] && (!(a.it[i] == cp->it) || !(a.ot[i] == cp->ot) || !(a.screenit[i] == cp->screenit) ||
+                         !(a.screenot[i] == cp->screenot)))
+        return false;
+    }
+    return true;
+  }();
+  return same;
+}
+
 void BM_BareScreenRefresh(benchmark::State& state) {
+  if (!FloorMatchesLibrary()) return state.SkipWithError("the bare loop and the library disagree");
   Arrays& a = Plain();
   const Matrix& s = Grid().view().screenMatrix;
   for (auto _ : state) {
-    for (std::size_t i = 0; i < a.p.size(); ++i) {
-      a.screenp[i] = TransformPoint(s, a.p[i]);
-      a.screenit[i] = TransformPoint(s, a.it[i] * -0.3333333432674408 + a.p[i]);
-      a.screenot[i] = TransformPoint(s, a.ot[i] * 0.3333333432674408 + a.p[i]);
-    }
+    BareScreenPositions(a, s);
+    BareScreenHandles(a, s);
     benchmark::ClobberMemory();
   }
   PerPoint(state, a.p.size());
 }
 
 void BM_BareModelRefresh(benchmark::State& state) {
+  if (!FloorMatchesLibrary()) return state.SkipWithError("the bare loop and the library disagree");
   Arrays& a = Plain();
-  const Matrix& s = Grid().view().screenMatrix;
-  const Matrix& inverse = Grid().view().inverseScreenMatrix;
+  const ViewRecord& v = Grid().view();
   for (auto _ : state) {
-    for (std::size_t i = 0; i < a.p.size(); ++i) a.screenp[i] = TransformPoint(s, a.p[i]);
-    for (std::size_t i = 0; i < a.p.size(); ++i) {
-      const int pi = a.prev[i], ni = a.next[i];
-      if (pi < 0 || ni < 0) continue;
-      const Vector& P = a.screenp[i];
-      const Vector& A = a.screenp[pi];
-      const Vector& B = a.screenp[ni];
-      const Vector chord = A - B;
-      const float l = Length(chord);
-      if (l == 0.0f) continue;
-      const Vector d = chord * (1.0 / l);
-      const float lb = Length(P - B), la = Length(A - P);
-      const double share = (static_cast<double>(la) + lb) / l;
-      Vector it = d * (lb / share);
-      Vector ot = d * (la / share);
-      TransformDirection(inverse, ot);
-      TransformDirection(inverse, it);
-      a.it[i] = it;
-      a.ot[i] = ot;
-    }
+    BareScreenPositions(a, v.screenMatrix);
+    BareModelTangents(a, v.inverseScreenMatrix);
     benchmark::ClobberMemory();
   }
   PerPoint(state, a.p.size());
+}
+
+// Everything a new screen transform stales: positions, tangents, handles.
+void BM_BareWholeRefresh(benchmark::State& state) {
+  if (!FloorMatchesLibrary()) return state.SkipWithError("the bare loop and the library disagree");
+  Arrays& a = Plain();
+  const ViewRecord& v = Grid().view();
+  for (auto _ : state) {
+    BareScreenPositions(a, v.screenMatrix);
+    BareModelTangents(a, v.inverseScreenMatrix);
+    BareScreenHandles(a, v.screenMatrix);
+    benchmark::ClobberMemory();
+  }
+  PerPoint(state, a.p.size());
+}
+
+// Figure::RefreshAll after SetScreen (the same transform again).
+void BM_FigureWholeRefresh(benchmark::State& state) {
+  GridFigure& figure = Grid();
+  figure.cache().mode = 0;
+  const ViewRecord v = figure.view();
+  for (auto _ : state) {
+    figure.figure().SetScreen(v.screenMatrix, v.inverseScreenMatrix);
+    figure.figure().RefreshAll(Space::kScreen);
+  }
+  PerPoint(state, figure.points().size());
 }
 
 // Names are "<case>/<implementation>" so that the ratio table sets each
@@ -193,6 +295,11 @@ const bool kRegistered = [] {
   benchmark::RegisterBenchmark((std::string(model) + "/splinecore").c_str(), BM_ModelRefresh)
       ->Unit(benchmark::kMillisecond);
   benchmark::RegisterBenchmark((std::string(model) + "/bare loop").c_str(), BM_BareModelRefresh)
+      ->Unit(benchmark::kMillisecond);
+  const char* whole = "Refresh after SetScreen, 100k cps";
+  benchmark::RegisterBenchmark((std::string(whole) + "/Figure RefreshAll").c_str(), BM_FigureWholeRefresh)
+      ->Unit(benchmark::kMillisecond);
+  benchmark::RegisterBenchmark((std::string(whole) + "/bare loop").c_str(), BM_BareWholeRefresh)
       ->Unit(benchmark::kMillisecond);
   benchmark::RegisterBenchmark("Muscle refresh, 100k cps/splinecore", BM_MuscleRefresh)
       ->Unit(benchmark::kMillisecond);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "marrow/marrow.h"
+#include "measure/batch_length.h"
 #include "measure/forward_difference.h"
 #include "splinecore/splinecore.h"
 
@@ -267,6 +268,35 @@ void CurveLengthBareLoop(benchmark::State& state) {
   }
 }
 
+// --- lengths several segments at a time -------------------------------------
+
+// The 1024 view-space segments measured by one kernel (same bits each).
+void LengthsWith(benchmark::State& state, splinecore::detail::LengthKernel kernel) {
+  if (!splinecore::detail::LengthKernelRuns(kernel)) {
+    state.SkipWithError("the processor does not run this kernel");
+    return;
+  }
+  Data& d = Shared();
+  std::vector<float> out(kSegments);
+  for (auto _ : state) {
+    splinecore::detail::CubicLengths(d.hermite.data(), kSegments, out.data(), kernel);
+    benchmark::DoNotOptimize(out.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kSegments);
+}
+
+// A whole spline of 1024 segments, getters and summing included.
+void SplineLengthScalar(benchmark::State& state) {
+  SegmentCP* first = Shared().longSpline.cps.front();
+  for (auto _ : state) benchmark::DoNotOptimize(splinecore::GetTotalLength(first));
+}
+
+void SplineLengthBatch(benchmark::State& state) {
+  SegmentCP* first = Shared().longSpline.cps.front();
+  for (auto _ : state) benchmark::DoNotOptimize(splinecore::detail::TotalLength(first));
+}
+
 // --- PositionDirectionFromSubLength -------------------------------------------
 
 void PositionAtLengthLibrary(benchmark::State& state) {
@@ -376,6 +406,17 @@ const bool kRegistered = [] {
   benchmark::RegisterBenchmark("CurveLength per segment/splinecore CurveLength", CurveLengthLibrary);
   benchmark::RegisterBenchmark("CurveLength per segment/bare 30-step loop", CurveLengthBareLoop);
   benchmark::RegisterBenchmark("PositionAtLength 100 segments/splinecore", PositionAtLengthLibrary);
+  using splinecore::detail::LengthKernel;
+  benchmark::RegisterBenchmark("1024 segment lengths/scalar", LengthsWith, LengthKernel::kScalar)
+      ->Unit(benchmark::kMicrosecond);
+  benchmark::RegisterBenchmark("1024 segment lengths/SSE2, 4 lanes", LengthsWith, LengthKernel::kSse2)
+      ->Unit(benchmark::kMicrosecond);
+  benchmark::RegisterBenchmark("1024 segment lengths/AVX2, 8 lanes", LengthsWith, LengthKernel::kAvx2)
+      ->Unit(benchmark::kMicrosecond);
+  benchmark::RegisterBenchmark("Spline length, 1024 segments/GetTotalLength", SplineLengthScalar)
+      ->Unit(benchmark::kMicrosecond);
+  benchmark::RegisterBenchmark("Spline length, 1024 segments/batch TotalLength", SplineLengthBatch)
+      ->Unit(benchmark::kMicrosecond);
 #ifdef SPLINECORE_BENCH_HAVE_2GEOM
   benchmark::RegisterBenchmark("CalcPoint per point/lib2geom pointAt", CalcPointGeom);
   benchmark::RegisterBenchmark("BumpFD2D step/lib2geom pointAt(k/30)", BumpFD2DGeom);

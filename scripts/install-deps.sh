@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build needs, when any is missing.
-# Usage: scripts/install-deps.sh [test|bench|demo|fuzz]...
+# Usage: scripts/install-deps.sh [test|bench|demo|fuzz|docs]...
 set -euo pipefail
 
 packages=(cmake ninja-build g++ g++-multilib googletest pkgconf binutils qemu-user nlohmann-json3-dev)
+demo=(libcairo2-dev fonts-dejavu-core pybind11-dev python3-dev python3-numpy python3-pytest python3-matplotlib)
 for need in "$@"; do
   case "$need" in
     bench) packages+=(libbenchmark-dev lib2geom-dev libboost-dev) ;;
     fuzz) packages+=(clang libclang-rt-dev) ;;
-    demo|test) packages+=(libcairo2-dev fonts-dejavu-core
-                          pybind11-dev python3-dev python3-numpy python3-pytest python3-matplotlib) ;;
+    demo) packages+=("${demo[@]}") ;;
+    test) packages+=("${demo[@]}" doxygen) ;;
+    docs) packages+=(doxygen) ;;
     *) echo "install-deps: unknown set '$need'" >&2; exit 2 ;;
   esac
 done

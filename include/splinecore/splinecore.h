@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// splinecore: lazy, bit-exact spline geometry for a modelling host.
-//
-// Umbrella header: includes the whole public interface.
+/// @file
+/// splinecore: lazy, bit-exact spline geometry for a modelling host.
+///
+/// Umbrella header: includes the whole public interface.
 #ifndef SPLINECORE_SPLINECORE_H
 #define SPLINECORE_SPLINECORE_H
 
@@ -17,5 +18,8 @@
 #include "splinecore/slices.h"
 #include "splinecore/validate.h"
 #include "splinecore/version.h"
+
+/// @namespace splinecore
+/// The library's public interface; internals live in splinecore::detail.
 
 #endif

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: MIT
-// The library's version, and a fingerprint of the binding record layouts so
-// that a host can check at load time that the headers it was compiled with
-// describe the library it loaded:
-//
-//   if (splinecore::LayoutFingerprint() != splinecore::kLayoutFingerprint) refuse to run;
-//
-// kLayoutFingerprint is computed in the host's compilation from the sizes
-// and member offsets of the records it shares with the library;
-// LayoutFingerprint() returns the same computation made when the library was
-// built. While the version is 0.x, any change of these layouts comes with a
-// new minor version (and SONAME).
+/// @file
+/// The library's version, and a fingerprint of the binding record layouts so
+/// that a host can check at load time that the headers it was compiled with
+/// describe the library it loaded:
+///
+/// @code
+///   if (splinecore::LayoutFingerprint() != splinecore::kLayoutFingerprint) refuse to run;
+/// @endcode
+///
+/// kLayoutFingerprint is computed in the host's compilation from the sizes
+/// and member offsets of the records it shares with the library;
+/// LayoutFingerprint() returns the same computation made when the library was
+/// built. While the version is 0.x, any change of these layouts comes with a
+/// new minor version (and SONAME).
 #ifndef SPLINECORE_VERSION_H
 #define SPLINECORE_VERSION_H
 
@@ -23,17 +26,17 @@
 #include "splinecore/segment_cp.h"
 #include "splinecore/slices.h"
 
-#define SPLINECORE_VERSION_MAJOR 0
-#define SPLINECORE_VERSION_MINOR 1
-#define SPLINECORE_VERSION_PATCH 0
-#define SPLINECORE_VERSION_STRING "0.1.0"
+#define SPLINECORE_VERSION_MAJOR 0        ///< major version of these headers
+#define SPLINECORE_VERSION_MINOR 1        ///< minor version of these headers
+#define SPLINECORE_VERSION_PATCH 0        ///< patch version of these headers
+#define SPLINECORE_VERSION_STRING "0.1.0" ///< "major.minor.patch" of these headers
 
 namespace splinecore {
 
-// "major.minor.patch" of the library loaded (the macros give the headers').
+/// "major.minor.patch" of the library loaded (the macros give the headers').
 SPLINECORE_API const char* Version();
 
-// The layout fingerprint the library was built with.
+/// The layout fingerprint the library was built with.
 SPLINECORE_API std::uint64_t LayoutFingerprint();
 
 namespace detail {
@@ -139,7 +142,7 @@ constexpr std::uint64_t HeaderLayoutFingerprint() {
 
 }  // namespace detail
 
-// The layout fingerprint of the headers this translation unit sees.
+/// The layout fingerprint of the headers this translation unit sees.
 inline constexpr std::uint64_t kLayoutFingerprint = detail::HeaderLayoutFingerprint();
 
 }  // namespace splinecore

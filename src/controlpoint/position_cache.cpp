@@ -55,8 +55,8 @@ void RefreshMuscleDeltas(SegmentCP* c, MuscleCPData* ec) {
 Vector& SegmentCP::Getp() {
   detail::CheckGetter(this, detail::Needs::kModel);
   SegmentCP* h = head;
-  CheckModelGeneration(h);
-  if (IsMuscleMode(this)) {
+  detail::CheckModelGeneration(h);
+  if (detail::IsMuscleMode(this)) {
     if (h->IsMuscle() || (this != h && IsMuscle())) return Getmusclep();
     return h->p;
   }
@@ -101,14 +101,14 @@ Vector& SegmentCP::Getnonmusclep() {
 
 Vector& SegmentCP::Getmp() {
   detail::CheckGetter(this, detail::Needs::kModel);
-  RefreshMuscleHookRun(this);
+  detail::RefreshMuscleHookRun(this);
   return head->p;
 }
 
 Vector& SegmentCP::Getscreenp() {
   detail::CheckGetter(this, detail::Needs::kScreen);
   SegmentCP* h = head;
-  CheckScreenGeneration(h);
+  detail::CheckScreenGeneration(h);
   if (h->IsScreenpCached()) return h->screenp;
   // Set first: the placement below asks for the screen position of every
   // hook of the run, this one included, and must find it in place.
@@ -154,7 +154,7 @@ void SegmentCP::OffCachedscreenpitot() {
   flags &= ~(cpflag::screenotCached | cpflag::screenitCached | cpflag::screenpCached);
 }
 
-void RefreshMuscleHookRun(SegmentCP* k) {
+void detail::RefreshMuscleHookRun(SegmentCP* k) {
   if (!k->IsHook() || k->IsMpCached()) return;
   SegmentCP* carrier = detail::FindCarrier(k);
   if (carrier == nullptr) return;

@@ -7,7 +7,7 @@
 #include "controlpoint/walks.h"
 #include "splinecore/segment_cp.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 inline bool IsMuscleMode(const SegmentCP* c) { return (c->cache->mode & kMuscleMode) != 0; }
 
@@ -39,6 +39,6 @@ inline void CheckScreenGeneration(SegmentCP* x) {
 // order gives the same bits, since nothing reads k's flag during placement.
 void RefreshMuscleHookRun(SegmentCP* k);
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

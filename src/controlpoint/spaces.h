@@ -38,12 +38,15 @@ struct MuscleSpace {
   static Vector& Position(SegmentCP* c) { return c->Getmp(); }
   static Vector& InHandle(SegmentCP* c) { return c->Getmit(); }
   static Vector& OutHandle(SegmentCP* c) { return c->Getmot(); }
+  // MConvert writes the handles in place of the tangents.
   static Vector& InTangent(SegmentCP* c) { return c->mit; }
   static Vector& OutTangent(SegmentCP* c) { return c->mot; }
+  // The muscle placement's pieces.
   static Vector& HookIn(HookSegmentCP* h) { return h->mhit; }
   static Vector& HookOut(HookSegmentCP* h) { return h->mhot; }
   static Vector& LastIn(HookSegmentCP* h) { return h->mpit; }
   static Vector& LastOut(HookSegmentCP* h) { return h->mpot; }
+  // A hook's muscle position is its run's muscle placement.
   static void Refresh(SegmentCP* x) { RefreshMuscleHookRun(x); }
   static bool IsConverted(const SegmentCP* c) { return c->IsMconverted() != 0; }
   static void OnConverted(SegmentCP* c) { c->OnMconverted(); }

@@ -5,7 +5,6 @@
 // tangents from the muscle-placement positions, with no transform.
 #include "controlpoint/spaces.h"
 #include "convert/apply_delta.h"
-#include "convert/convert_common.h"
 #include "tangents/hook_partners.h"
 
 namespace splinecore {
@@ -14,6 +13,19 @@ namespace {
 
 using detail::MuscleSpace;
 using detail::ScreenSpace;
+
+// The handle offset a hook partner contributes: the reverse of its in-offset
+// when that points away from the hook's neighbour (d), else its out-offset.
+Vector PartnerOffset(const Vector& d, const Vector& outOffset, const Vector& inOffset) {
+  return d.Dot(inOffset) < 0.0 ? -inOffset : outOffset;
+}
+
+// t1 + (t2 - t1) * s, each of the three vector operations rounded.
+Vector InterpolateHookTangent(const Vector& t1, const Vector& t2, float s) {
+  Vector t = t2 - t1;
+  t = t * s;
+  return t1 + t;
+}
 
 // The handle offset of partner x, out-offset asked for first.
 template <class Space>
@@ -36,10 +48,10 @@ bool ConvertHook(HookSegmentCP* c) {
   d -= Space::Position(c);
   SegmentCP* carrier = detail::FindCarrier(c);
   if (carrier == nullptr || carrier->next == nullptr) return false;
-  SegmentCP* first = FirstHookPartner(c, carrier);
+  SegmentCP* first = detail::FirstHookPartner(c, carrier);
   if (first == nullptr) return false;
   const Vector t1 = PartnerOffsetIn<Space>(first, d);
-  SegmentCP* second = SecondHookPartnerForConvert(carrier);
+  SegmentCP* second = detail::SecondHookPartnerForConvert(carrier);
   if (second == nullptr) return false;
   const Vector t2 = PartnerOffsetIn<Space>(second, d);
   const Vector t = InterpolateHookTangent(t1, t2, c->GetS());
@@ -60,7 +72,7 @@ void ConvertIn(SegmentCP* c) {
     const Delta in = c->Getindelta();
     const Delta out = c->Getoutdelta();
     const int screen = Space::kScreen ? 1 : 0;
-    if (MakesNoTurn(in) && MakesNoTurn(out)) {
+    if (detail::MakesNoTurn(in) && detail::MakesNoTurn(out)) {
       c->GetTangents(&it, &ot, nullptr, nullptr, screen);
       if (in.magnitude != 1.0f) it *= in.magnitude;
       if (out.magnitude != 1.0f) ot *= out.magnitude;
@@ -68,8 +80,8 @@ void ConvertIn(SegmentCP* c) {
       Vector inNormal;
       Vector outNormal;
       if (c->GetTangents(&it, &ot, &inNormal, &outNormal, screen) != 0) {
-        ApplyDelta(it, in.pitch, in.yaw, in.magnitude, inNormal);
-        ApplyDelta(ot, out.pitch, out.yaw, out.magnitude, outNormal);
+        detail::ApplyDelta(it, in.pitch, in.yaw, in.magnitude, inNormal);
+        detail::ApplyDelta(ot, out.pitch, out.yaw, out.magnitude, outNormal);
       }
     }
   }

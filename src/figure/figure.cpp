@@ -9,6 +9,7 @@
 #include <cstring>
 #include <new>
 #include <sstream>
+#include <thread>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -16,8 +17,9 @@
 #include "figure/invert.h"
 #include "figure/reach.h"
 #include "hooks/snap.h"
-#include "measure/arc_length.h"
+#include "measure/batch_length.h"
 #include "measure/forward_difference.h"
+#include "measure/position_in_segment.h"
 #include "measure/view_cubic.h"
 #include "marrow/marrow.h"
 #include "splinecore/groups.h"
@@ -271,7 +273,7 @@ struct Figure::Impl {
     if (d.hook) {
       auto* h = new HookSegmentCP(&cache);
       h->OnHook();
-      h->SetS(SnapS(d.s));
+      h->SetS(detail::SnapS(d.s));
       cp = h;
     } else {
       cp = new SegmentCP(&cache);
@@ -602,7 +604,7 @@ void Figure::SetHookS(PointId hook, float s) {
   SegmentCP* h = impl_->At(hook);
   if (!h->IsHook()) Fail(hook, "not a hook");
   if (!std::isfinite(s)) Fail(hook, "s must be finite");
-  static_cast<HookSegmentCP*>(h)->SetS(SnapS(s));
+  static_cast<HookSegmentCP*>(h)->SetS(detail::SnapS(s));
   // The run is placed together: every hook of it may move.
   if (SegmentCP* carrier = FindCarrier(h)) {
     for (SegmentCP* k : HookRun(carrier)) impl_->Moved(k);
@@ -667,9 +669,9 @@ void Figure::Delete(PointId point) {
 
 void Figure::SetView(const Matrix& view, const Matrix& inverse) {
   if (!Finite(view) || !Finite(inverse)) throw FigureError("view: matrices must be finite");
+  // No cached value depends on the view: nothing to recompute.
   impl_->view.viewMatrix = view;
   impl_->view.inverseViewMatrix = inverse;
-  impl_->Touched();
 }
 
 void Figure::SetScreen(const Matrix& screen, const Matrix& inverse) {
@@ -788,6 +790,11 @@ std::vector<Bezier> Figure::HookPieces(PointId carrier, Space space) {
   return pieces;
 }
 
+void Figure::RefreshAll(Space space) {
+  if (space == Space::kMuscle && !impl_->muscle) throw FigureError("muscle space needs muscle mode");
+  impl_->Canonicalize();
+}
+
 float Figure::SegmentLength(PointId point) {
   SegmentCP* c = impl_->At(point);
   if (c->next == nullptr) Fail(point, "owns no segment (no next point)");
@@ -798,7 +805,52 @@ float Figure::SegmentLength(PointId point) {
 float Figure::SplineLength(int spline) {
   SegmentCP* first = impl_->At(PointId{spline, 0});
   impl_->Canonicalize();
-  return GetTotalLength(first);
+  return detail::TotalLength(first);
+}
+
+std::vector<float> Figure::SplineLengths(int threads) {
+  if (threads < 1) throw FigureError("threads must be at least 1");
+  impl_->Canonicalize();
+  // After the canonical pass the getters only read, except Getp outside
+  // muscle mode around a point with muscle data (it clears `converted`
+  // there): such a figure is measured on one thread.
+  bool onlyReads = impl_->muscle;
+  if (!onlyReads) {
+    onlyReads = true;
+    for (const MuscleCPData* d : impl_->cpData) onlyReads = onlyReads && d == nullptr;
+  }
+  const std::vector<Impl::Spline>& splines = impl_->splines;
+  std::vector<float> out(splines.size());
+  // Splines [first, end): each thread reads its own splines' segments and
+  // writes only their lengths.
+  auto measure = [&splines, &out](std::size_t first, std::size_t end) {
+    std::vector<SegmentCP*> walk;
+    std::vector<float> lengths;
+    for (std::size_t s = first; s < end; ++s) {
+      walk = detail::LengthWalk(splines[s].points.front());
+      lengths.resize(walk.size());
+      detail::CurveLengths(walk.data(), walk.size(), lengths.data());
+      float total = walk.empty() ? 1.0f : 0.0f;
+      for (float l : lengths) total = static_cast<float>(static_cast<double>(total) + l);
+      out[s] = total;
+    }
+  };
+  std::size_t points = 0;
+  for (const Impl::Spline& s : splines) points += s.points.size();
+  const std::size_t parts = onlyReads ? std::min<std::size_t>(static_cast<std::size_t>(threads), points / 256 + 1) : 1;
+  // Cut where the running point count passes each share.
+  std::vector<std::size_t> cuts{0};
+  std::size_t counted = 0;
+  for (std::size_t s = 0; s < splines.size() && cuts.size() < parts; ++s) {
+    counted += splines[s].points.size();
+    if (counted * parts >= points * cuts.size()) cuts.push_back(s + 1);
+  }
+  cuts.push_back(splines.size());
+  std::vector<std::thread> workers;
+  for (std::size_t k = 1; k + 1 < cuts.size(); ++k) workers.emplace_back(measure, cuts[k], cuts[k + 1]);
+  measure(cuts[0], cuts[1]);
+  for (std::thread& w : workers) w.join();
+  return out;
 }
 
 PointOnSpline Figure::PointAtLength(int spline, float length) {
@@ -822,22 +874,20 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
   };
   std::vector<Step> steps;
   SegmentCP* end = first;
-  if (first->GetNext() != nullptr) {
+  const std::vector<SegmentCP*> walk = detail::LengthWalk(first);
+  if (!walk.empty()) {
+    std::vector<float> measured(walk.size());
+    detail::CurveLengths(walk.data(), walk.size(), measured.data());
     float walked = 0.0f;
     double passed = -1.0;
-    for (SegmentCP* c = first;;) {
-      const bool wasLoopEnd = c->IsLoopEnd();
+    for (std::size_t i = 0; i < walk.size(); ++i) {
       const float before = walked;
-      const double reached = static_cast<double>(walked) + CurveLength(c);
+      const double reached = static_cast<double>(walked) + measured[i];
       walked = static_cast<float>(reached);
       passed = std::max(passed, reached);
-      steps.push_back(Step{c, before, passed});
-      c = c->GetNext();
-      if (wasLoopEnd || c->GetNext() == nullptr) {
-        end = c;
-        break;
-      }
+      steps.push_back(Step{walk[i], before, passed});
     }
+    end = walk.back()->GetNext();
   }
   const Matrix& view = impl_->view.viewMatrix;
   std::vector<PointOnSpline> out;
@@ -848,7 +898,7 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
                                      [](double length, const Step& s) { return length < s.passed; });
     if (at != steps.end()) {
       const float rest = static_cast<float>(static_cast<double>(l) - at->before);
-      PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
+      detail::PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
     } else {
       // Beyond the end, or no segment: the far end at parameter 0.
       p.position = TransformPoint(view, end->Getp());
@@ -868,19 +918,19 @@ std::vector<Vector> Figure::Sample(int spline, int steps) {
   impl_->Canonicalize();
   const std::vector<SegmentCP*>& points = impl_->splines[static_cast<std::size_t>(spline)].points;
   std::vector<Vector> out;
-  FDSteps fd;
-  InitFDSteps(static_cast<unsigned short>(steps), &fd);
+  detail::FDSteps fd;
+  detail::InitFDSteps(static_cast<unsigned short>(steps), &fd);
   Column col{};
   for (auto c = points.rbegin(); c != points.rend(); ++c) {
     if ((*c)->next == nullptr) continue;
     Cubic cubic;
-    ViewCubic(*c, &cubic);
-    CubicPoly poly;
-    CubicToPoly(&poly, &cubic);
-    InitColumn(&col, &poly, &fd);
+    detail::ViewCubic(*c, &cubic);
+    detail::CubicPoly poly;
+    detail::CubicToPoly(&poly, &cubic);
+    detail::InitColumn(&col, &poly, &fd);
     for (int k = 0; k < steps; ++k) {
       out.push_back(col.p);
-      BumpFD(&col);
+      detail::BumpFD(&col);
     }
   }
   out.push_back(out.empty() ? TransformPoint(impl_->view.viewMatrix, first->Getp()) : col.p);

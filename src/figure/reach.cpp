@@ -18,17 +18,17 @@ SegmentCP* CarrierEndingAt(SegmentCP* x) {
 }  // namespace
 
 void Reach::PositionChanged(SegmentCP* m) {
-  if (moved_.insert(m).second) work_.emplace_back(Kind::kPosition, m);
+  if (moved_.insert(m).second) work_.push_back(Work{Kind::kPosition, m});
 }
 
 void Reach::TangentChanged(SegmentCP* y) {
-  if (turned_.insert(y).second) work_.emplace_back(Kind::kTangent, y);
+  if (turned_.insert(y).second) work_.push_back(Work{Kind::kTangent, y});
 }
 
 void Reach::Drop(SegmentCP* gone) {
   moved_.erase(gone);
   turned_.erase(gone);
-  work_.erase(std::remove_if(work_.begin(), work_.end(), [&](const auto& w) { return w.second == gone; }),
+  work_.erase(std::remove_if(work_.begin(), work_.end(), [&](const auto& w) { return w.at == gone; }),
               work_.end());
 }
 

@@ -8,7 +8,6 @@
 #define SPLINECORE_SRC_FIGURE_REACH_H
 
 #include <unordered_set>
-#include <utility>
 #include <vector>
 
 #include "splinecore/segment_cp.h"
@@ -34,7 +33,11 @@ class Reach {
   enum class Kind { kPosition, kTangent };
   void Readers(SegmentCP* y);
   std::unordered_set<SegmentCP*> moved_, turned_;
-  std::vector<std::pair<Kind, SegmentCP*>> work_;
+  struct Work {
+    Kind kind;
+    SegmentCP* at;
+  };
+  std::vector<Work> work_;
 };
 
 }  // namespace splinecore::detail

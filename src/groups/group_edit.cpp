@@ -35,7 +35,7 @@ void TouchOpenEndAfter(SegmentCP* n, long mode) {
 
 // Touches the hook run that x carries, if any.
 void TouchRunOf(SegmentCP* x, long mode) {
-  if (x != nullptr && x->IsHasHooks()) TouchHookRun(x->stackNext, mode);
+  if (x != nullptr && x->IsHasHooks()) detail::TouchHookRun(x->stackNext, mode);
 }
 
 void TouchUnlessExempt(SegmentCP* c, long mode) {
@@ -59,7 +59,7 @@ void TouchNextSide(SegmentCP* n, long mode) {
   if (above == nullptr) return;
   if (above->IsHook()) {
     SegmentCP* y = detail::FirstNonHookAbove(n);
-    if (y != nullptr) TouchHookRun(y->stackNext, mode);
+    if (y != nullptr) detail::TouchHookRun(y->stackNext, mode);
   }
   TouchRunOf(above->prev, mode);
 }
@@ -72,7 +72,7 @@ void TouchPrevSide(SegmentCP* p, long mode) {
   SegmentCP* above = p->stackPrev;
   if (above != nullptr) {
     SegmentCP* y = detail::FirstNonHookAbove(p);
-    if (y != nullptr) TouchHookRun(y->stackNext, mode);
+    if (y != nullptr) detail::TouchHookRun(y->stackNext, mode);
     TouchRunOf(above->prev, mode);
   }
   if (SegmentCP* q = p->prev) {
@@ -83,7 +83,7 @@ void TouchPrevSide(SegmentCP* p, long mode) {
 
 }  // namespace
 
-void TouchHookRun(SegmentCP* h, long mode) {
+void detail::TouchHookRun(SegmentCP* h, long mode) {
   for (SegmentCP* k : detail::RunFrom(h)) {
     k->Touch(mode);
     if (SegmentCP* n = k->next) {

@@ -7,12 +7,12 @@
 
 #include "splinecore/segment_cp.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 // Touches, with `mode`, every hook of the run that starts at h and the two
 // spline neighbours on one side of each (skipping `exempt` ones).
 void TouchHookRun(SegmentCP* h, long mode);
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

@@ -5,13 +5,13 @@
 
 #include "splinecore/segment_cp.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 // Reverses the run of hooks that starts at r (the first below its carrier):
 // swaps each hook's stack links, mirrors its snapped s to 1 - s, moves
 // lastHook from the last hook to r. Returns the former last hook.
 SegmentCP* ReverseHookRun(SegmentCP* r);
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

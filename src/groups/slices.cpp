@@ -65,7 +65,7 @@ bool KeepsRun(SegmentCP* c) { return c->prev == nullptr || InRunOf(c, c->prev); 
 void ReverseRunInPlace(SegmentCP* c) {
   SegmentCP* r = c->stackNext;
   SegmentCP* below = detail::FirstNonHookBelow(r);
-  SegmentCP* h = ReverseHookRun(r);
+  SegmentCP* h = detail::ReverseHookRun(r);
   c->stackNext = h;
   h->stackPrev = c;
   r->stackNext = below;
@@ -173,22 +173,6 @@ void GroupSlice(Slice* list, SegmentCP* cp, GroupNode** group) {
     }
   }
   FreeGroup(&marks);
-}
-
-SegmentCP* ReverseHookRun(SegmentCP* r) {
-  SegmentCP* h = detail::RunBottom(r);
-  h->OffLastHook();
-  r->OnLastHook();
-  for (SegmentCP* hook = r;;) {
-    SegmentCP* lower = hook->stackNext;
-    hook->stackNext = hook->stackPrev;
-    hook->stackPrev = lower;
-    auto* hs = static_cast<HookSegmentCP*>(hook);
-    hs->s = static_cast<float>(1.0 - SnapS(hs->s));
-    if (hook == h) break;
-    hook = lower;
-  }
-  return h;
 }
 
 void ReverseSlice(Slice* slice) {

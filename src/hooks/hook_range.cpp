@@ -33,7 +33,7 @@ void PlaceRun(SegmentCP* carrier) {
     // every hook's screenp comes from its new place.
     if constexpr (Space::kScreen) h->Getscreenp();
     const float b = ParameterOf(h);
-    SubdivideBezier(&q, c1, c2, &p, a, b, &scratch, &Space::HookIn(h), &Space::HookOut(h), &h->p);
+    detail::SubdivideBezier(&q, c1, c2, &p, a, b, &scratch, &Space::HookIn(h), &Space::HookOut(h), &h->p);
     if constexpr (Space::kScreen) {
       h->hit = TransformPoint(inverse, h->hit);
       h->hot = TransformPoint(inverse, h->hot);
@@ -44,7 +44,7 @@ void PlaceRun(SegmentCP* carrier) {
   }
   if (last == nullptr) return;
   Vector scratchEnd;
-  SubdivideBezier(&q, c1, c2, &p, a, 0.0f, &scratch, &Space::LastIn(last), &Space::LastOut(last), &scratchEnd);
+  detail::SubdivideBezier(&q, c1, c2, &p, a, 0.0f, &scratch, &Space::LastIn(last), &Space::LastOut(last), &scratchEnd);
   if constexpr (Space::kScreen) {
     last->pit = TransformPoint(inverse, last->pit);
     last->pot = TransformPoint(inverse, last->pot);

@@ -37,7 +37,7 @@ HookSegmentCP& HookSegmentCP::operator=(const HookSegmentCP& other) = default;
 HookSegmentCP::~HookSegmentCP() = default;
 
 float HookSegmentCP::GetS() {
-  s = SnapS(s);
+  s = detail::SnapS(s);
   return s;
 }
 
@@ -45,25 +45,21 @@ void HookSegmentCP::SetS(float value) { s = value; }
 
 Vector& HookSegmentCP::Gettempv() { return tempv; }
 
-Vector* HookSegmentCP::Gethit() {
-  Getscreenp();
-  return &hit;
+// The screen placement's pieces are written when the run is placed, which
+// the hook's screen position brings up to date.
+namespace {
+
+Vector* Placed(HookSegmentCP* h, Vector* piece) {
+  h->Getscreenp();
+  return piece;
 }
 
-Vector* HookSegmentCP::Gethot() {
-  Getscreenp();
-  return &hot;
-}
+}  // namespace
 
-Vector* HookSegmentCP::Getpit() {
-  Getscreenp();
-  return &pit;
-}
-
-Vector* HookSegmentCP::Getpot() {
-  Getscreenp();
-  return &pot;
-}
+Vector* HookSegmentCP::Gethit() { return Placed(this, &hit); }
+Vector* HookSegmentCP::Gethot() { return Placed(this, &hot); }
+Vector* HookSegmentCP::Getpit() { return Placed(this, &pit); }
+Vector* HookSegmentCP::Getpot() { return Placed(this, &pot); }
 
 Vector* HookSegmentCP::Getmhit() { return &mhit; }
 Vector* HookSegmentCP::Getmhot() { return &mhot; }

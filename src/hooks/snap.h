@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace splinecore {
+namespace splinecore::detail {
 
 // 0.25 when the bit pattern of s, read as a signed 32-bit integer, is not
 // above that of 0.375 (every negative s, -0 and 0 to 0.375); else 0.5 up to
@@ -20,6 +20,6 @@ inline float SnapS(float s) {
   return 0.75f;
 }
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "hooks/subdivide_bezier.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 namespace {
 
@@ -47,4 +47,4 @@ void SubdivideBezier(const Vector* c0, Vector c1, Vector c2, const Vector* c3, f
   *out3 = Combine(*c0, c1, c2, *c3, bbb);
 }
 
-}  // namespace splinecore
+}  // namespace splinecore::detail

@@ -5,7 +5,7 @@
 
 #include "splinecore/geometry.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 // The Bezier points of the piece of (c0, c1, c2, c3) from parameter a to b,
 // by blossoming: out0 = B(a,a,a), out1 = B(a,a,b), out2 = B(a,b,b),
@@ -14,6 +14,6 @@ namespace splinecore {
 void SubdivideBezier(const Vector* c0, Vector c1, Vector c2, const Vector* c3, float a, float b,
                      Vector* out0, Vector* out1, Vector* out2, Vector* out3);
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Segment and spline lengths in view space, and the point at a length.
-#include "measure/arc_length.h"
+#include "splinecore/measure.h"
 
+#include "measure/batch_length.h"
+#include "measure/position_in_segment.h"
 #include "measure/view_cubic.h"
 
 namespace splinecore {
@@ -15,16 +17,8 @@ float Add(float sum, double x) { return static_cast<float>(sum + x); }
 float CurveLength(SegmentCP* c) {
   if (c->GetNext() == nullptr) return 0.0f;
   Cubic cubic;
-  ViewCubic(c, &cubic);
-  Column col;
-  InitChordColumn(&col, &cubic);
-  float sum = 0.0f;
-  for (unsigned k = 0; k < kChordCount; ++k) {
-    const Vector prev = col.p;
-    BumpFD(&col);
-    sum = Add(sum, ChordLength(prev, col.p));
-  }
-  return sum;
+  detail::ViewCubic(c, &cubic);
+  return detail::CubicLength(cubic);
 }
 
 float GetTotalLength(SegmentCP* c) {
@@ -52,7 +46,7 @@ float PositionDirectionFromSubLength(SegmentCP* c, float length, Vector* positio
     walked = static_cast<float>(reached);
     if (reached > length) {
       const float rest = static_cast<float>(static_cast<double>(length) - before);
-      PositionDirectionInSegment(c, rest, position, direction);
+      detail::PositionDirectionInSegment(c, rest, position, direction);
       return walked;
     }
     c = c->GetNext();

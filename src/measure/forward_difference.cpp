@@ -3,9 +3,7 @@
 // three additions per coordinate and step.
 #include "measure/forward_difference.h"
 
-#include "measure/view_cubic.h"
-
-namespace splinecore {
+namespace splinecore::detail {
 
 namespace {
 
@@ -84,21 +82,25 @@ void InitChordColumn(Column* col, const Cubic* cubic) {
   InitColumn(col, &poly, &steps);
 }
 
+}  // namespace splinecore::detail
+
+namespace splinecore {
+
 void InitFD2D(Column* col, Cubic* cubic, unsigned short n) {
-  FDSteps s;
-  InitFDSteps(n, &s);
-  CubicPoly poly{};
-  CubicToPoly2D(&poly, cubic);
-  InitColumn2D(col, &poly, &s);
+  detail::FDSteps s;
+  detail::InitFDSteps(n, &s);
+  detail::CubicPoly poly{};
+  detail::CubicToPoly2D(&poly, cubic);
+  detail::InitColumn2D(col, &poly, &s);
 }
 
 void BumpFD2D(Column* col) {
-  col->p.x = Sum(col->p.x, col->d1.x);
-  col->d1.x = Sum(col->d1.x, col->d2.x);
-  col->d2.x = Sum(col->d2.x, col->d3.x);
-  col->p.y = Sum(col->p.y, col->d1.y);
-  col->d1.y = Sum(col->d1.y, col->d2.y);
-  col->d2.y = Sum(col->d2.y, col->d3.y);
+  col->p.x = detail::Sum(col->p.x, col->d1.x);
+  col->d1.x = detail::Sum(col->d1.x, col->d2.x);
+  col->d2.x = detail::Sum(col->d2.x, col->d3.x);
+  col->p.y = detail::Sum(col->p.y, col->d1.y);
+  col->d1.y = detail::Sum(col->d1.y, col->d2.y);
+  col->d2.y = detail::Sum(col->d2.y, col->d3.y);
 }
 
 }  // namespace splinecore

@@ -5,7 +5,7 @@
 
 #include "splinecore/measure.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 // Power form a*t^3 + b*t^2 + c*t + d of a Hermite piece.
 struct CubicPoly {
@@ -29,6 +29,12 @@ void CubicToPoly(CubicPoly* poly, const Cubic* cubic);
 void CubicToPoly2D(CubicPoly* poly, const Cubic* cubic);
 void InitColumn(Column* col, const CubicPoly* poly, const FDSteps* s);
 void InitColumn2D(Column* col, const CubicPoly* poly, const FDSteps* s);
+
+// Number of chords a segment is measured with.
+inline constexpr unsigned short kChordCount = 30;
+
+// A three-coordinate column at parameter 0 of cubic, for kChordCount steps.
+void InitChordColumn(Column* col, const Cubic* cubic);
 // One three-coordinate step: p += d1, then d1 += d2, then d2 += d3. Inline:
 // it is the inner loop of every length measurement.
 inline void BumpFD(Column* col) {
@@ -37,6 +43,6 @@ inline void BumpFD(Column* col) {
   col->d2 += col->d3;
 }
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

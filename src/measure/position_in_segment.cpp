@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The in-segment solver: which of the 30 chords holds a length, and the
 // cubic's point and derivative at the interpolated parameter.
-#include "measure/arc_length.h"
+#include "measure/position_in_segment.h"
 #include "measure/view_cubic.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 namespace {
 
@@ -70,4 +70,4 @@ float PositionDirectionInSegment(SegmentCP* c, float rest, Vector* position, Vec
   return 0.0f;
 }
 
-}  // namespace splinecore
+}  // namespace splinecore::detail

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "measure/view_cubic.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 namespace {
 
@@ -22,4 +22,4 @@ void ViewCubic(SegmentCP* c, Cubic* cubic) {
   cubic->t1 = ViewDirection(c, c->Getit());
 }
 
-}  // namespace splinecore
+}  // namespace splinecore::detail

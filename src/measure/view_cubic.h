@@ -6,19 +6,13 @@
 #include "measure/forward_difference.h"
 #include "splinecore/segment_cp.h"
 
-namespace splinecore {
-
-// Number of chords a segment is measured with.
-inline constexpr unsigned short kChordCount = 30;
+namespace splinecore::detail {
 
 // The segment of c (c->next at parameter 0, c at 1) in view space: positions
 // through each point's viewMatrix, tangents through its linear part. Reads,
 // in order, next's Getp, c's Getp, next's Getot, c's Getit.
 // Precondition: c->GetNext() is not null.
 void ViewCubic(SegmentCP* c, Cubic* cubic);
-
-// A three-coordinate column at parameter 0 of cubic, for kChordCount steps.
-void InitChordColumn(Column* col, const Cubic* cubic);
 
 // Length of the chord walked by one BumpFD step from `from` to `to`: the
 // double square root of the double dot product, not rounded.
@@ -27,6 +21,6 @@ inline double ChordLength(const Vector& from, const Vector& to) {
   return std::sqrt(d.Dot(d));
 }
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

@@ -3,7 +3,7 @@
 
 #include "controlpoint/walks.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 using detail::FirstNonHookAbove;
 using detail::FirstNonHookBelow;
@@ -25,4 +25,4 @@ SegmentCP* SecondHookPartnerForConvert(SegmentCP* carrier) {
   return above != nullptr ? above : FirstNonHookBelow(end);
 }
 
-}  // namespace splinecore
+}  // namespace splinecore::detail

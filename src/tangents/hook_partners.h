@@ -7,7 +7,7 @@
 
 #include "splinecore/segment_cp.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 // The carrier's stackPrev as it is (hook or not); when the carrier tops its
 // stack, the first non-hook below `hook`. Null when there is none.
@@ -23,6 +23,6 @@ SegmentCP* SecondHookPartnerForGetters(SegmentCP* carrier);
 // next.
 SegmentCP* SecondHookPartnerForConvert(SegmentCP* carrier);
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

@@ -37,10 +37,10 @@ bool PrepareTangents(SegmentCP* c) {
   if (!c->IsHook()) return true;
   SegmentCP* carrier = detail::FindCarrier(c);
   if (carrier == nullptr || carrier->next == nullptr) return false;
-  SegmentCP* first = FirstHookPartner(c, carrier);
+  SegmentCP* first = detail::FirstHookPartner(c, carrier);
   if (first == nullptr) return false;
   RefreshPartner<Space>(first);
-  SegmentCP* second = SecondHookPartnerForGetters(carrier);
+  SegmentCP* second = detail::SecondHookPartnerForGetters(carrier);
   if (second == nullptr) return false;
   RefreshPartner<Space>(second);
   return true;
@@ -68,10 +68,10 @@ Vector& ModelTangent(SegmentCP* c, Vector& member, std::uint32_t cachedFlag) {
 // The screen image of the head position plus tangent * third.
 Vector& ScreenHandle(SegmentCP* c, Vector& handle, std::uint32_t handleFlag, Vector& tangent,
                      std::uint32_t tangentFlag, float third) {
-  CheckScreenGeneration(c);
+  detail::CheckScreenGeneration(c);
   if ((c->flags & handleFlag) != 0) return handle;
   c->flags |= handleFlag;
-  CheckModelGeneration(c);
+  detail::CheckModelGeneration(c);
   ModelTangent(c, tangent, tangentFlag);
   handle = tangent * third;
   handle += c->head->Getp();
@@ -119,13 +119,13 @@ Vector& MuscleHandle(SegmentCP* c, Vector& member, std::uint32_t flag, float thi
 
 Vector& SegmentCP::Getit() {
   detail::CheckGetter(this, detail::Needs::kModelTangent);
-  CheckModelGeneration(this);
+  detail::CheckModelGeneration(this);
   return ModelTangent(this, it, cpflag::itCached);
 }
 
 Vector& SegmentCP::Getot() {
   detail::CheckGetter(this, detail::Needs::kModelTangent);
-  CheckModelGeneration(this);
+  detail::CheckModelGeneration(this);
   return ModelTangent(this, ot, cpflag::otCached);
 }
 

@@ -17,7 +17,7 @@
 #include "groups/group_edit.h"
 #include "splinecore/splinecore.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 namespace {
 
 using test::TestFigure;
@@ -390,4 +390,4 @@ TEST_F(GroupEditTest, MoveGroupSkipsHooksAndTouchesNothingForThem) {
 }
 
 }  // namespace
-}  // namespace splinecore
+}  // namespace splinecore::detail

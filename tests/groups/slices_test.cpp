@@ -13,7 +13,7 @@
 #include "groups/reverse_hook_run.h"
 #include "splinecore/splinecore.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 namespace {
 
 using test::ExpectDelta;
@@ -434,4 +434,4 @@ TEST_F(SliceTest, ReverseSliceLeavesARunUnderACarrierWithoutPrevWhereItIs) {
 }
 
 }  // namespace
-}  // namespace splinecore
+}  // namespace splinecore::detail

@@ -9,7 +9,7 @@
 #include "expect_vector.h"
 #include "hooks/subdivide_bezier.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 namespace {
 
 using test::ExpectVector;
@@ -70,4 +70,4 @@ TEST(SubdivideBezier, SwappedParametersGiveThePieceBackwards) {
 }
 
 }  // namespace
-}  // namespace splinecore
+}  // namespace splinecore::detail

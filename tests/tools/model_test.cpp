@@ -16,7 +16,7 @@
 #include "splinecore/measure.h"
 #include "splinecore/segment_cp.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 namespace {
 
 class Reader {
@@ -190,4 +190,4 @@ TEST(FloatModel, LibraryMatchesTheModelBitForBit) {
 }
 
 }  // namespace
-}  // namespace splinecore
+}  // namespace splinecore::detail

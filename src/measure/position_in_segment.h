@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // In-segment solver of the point at a length (internal).
-#ifndef SPLINECORE_SRC_MEASURE_ARC_LENGTH_H
-#define SPLINECORE_SRC_MEASURE_ARC_LENGTH_H
+#ifndef SPLINECORE_SRC_MEASURE_POSITION_IN_SEGMENT_H
+#define SPLINECORE_SRC_MEASURE_POSITION_IN_SEGMENT_H
 
 #include "splinecore/measure.h"
 
-namespace splinecore {
+namespace splinecore::detail {
 
 // Writes the view-space point and derivative at `rest` along c's segment,
 // measured from c (parameter 1) towards c->next (parameter 0) over the 30
@@ -14,6 +14,6 @@ namespace splinecore {
 // c->GetNext() is not null. The result is always 0.0 and is not used.
 float PositionDirectionInSegment(SegmentCP* c, float rest, Vector* position, Vector* direction);
 
-}  // namespace splinecore
+}  // namespace splinecore::detail
 
 #endif

@@ -1,0 +1,157 @@
+// Whole-figure refresh: after RefreshAll every member of every control point
+// holds the bits the lazy queries leave, the raw getters then only read, and
+// the threaded batch lengths give the one-thread bits.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "figure_corpus.h"
+#include "splinecore/figure.h"
+#include "splinecore/hooks.h"
+#include "splinecore/segment_cp.h"
+
+namespace splinecore::test {
+namespace {
+
+// Every member the library derives or keeps, as bits, point by point.
+std::vector<std::uint32_t> Members(Figure& f) {
+  std::vector<std::uint32_t> out;
+  auto put = [&](const void* data, std::size_t bytes) {
+    const std::size_t at = out.size();
+    out.resize(at + bytes / 4);
+    std::memcpy(&out[at], data, bytes);
+  };
+  for (int s = 0; s < f.SplineCount(); ++s) {
+    for (int i = 0; i < f.PointCount(s); ++i) {
+      SegmentCP* c = f.ControlPoint(PointId{s, i});
+      for (const Vector* v : {&c->p, &c->it, &c->ot, &c->screenp, &c->screenit, &c->screenot, &c->mit, &c->mot})
+        put(v, sizeof *v);
+      // Outside muscle mode Getp clears `converted` around a point with muscle
+      // data whenever it is asked (leaving the muscle state); no value changes.
+      out.push_back(c->flags & ~cpflag::converted);
+      out.push_back(c->stamp * 256u + c->screenStamp);
+      if (c->IsHook()) {
+        auto* h = static_cast<HookSegmentCP*>(c);
+        for (const Vector* v : {&h->hit, &h->hot, &h->pit, &h->pot, &h->mhit, &h->mhot, &h->mpit, &h->mpot})
+          put(v, sizeof *v);
+      }
+      if (f.MuscleMode()) {
+        const Vector m = f.Position(PointId{s, i}, Space::kMuscle);
+        put(&m, sizeof m);
+      }
+    }
+  }
+  return out;
+}
+
+// The first word where two dumps differ (their size when none does).
+std::size_t FirstDifference(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b) {
+  std::size_t i = 0;
+  while (i < a.size() && i < b.size() && a[i] == b[i]) ++i;
+  return i == a.size() && i == b.size() ? a.size() : i;
+}
+
+// Queries every point the lazy way, last point first.
+void AskLazily(Figure& f) {
+  for (int s = f.SplineCount() - 1; s >= 0; --s)
+    for (int i = f.PointCount(s) - 1; i >= 0; --i) {
+      const PointId id{s, i};
+      if (f.OwnsSegment(id)) f.Segment(id, Space::kScreen);
+      f.Position(id, Space::kModel);
+    }
+}
+
+// Every raw getter of every point.
+void AskRawGetters(Figure& f) {
+  for (int s = 0; s < f.SplineCount(); ++s)
+    for (int i = 0; i < f.PointCount(s); ++i) {
+      SegmentCP* c = f.ControlPoint(PointId{s, i});
+      c->Getp();
+      c->Getscreenp();
+      c->Getit();
+      c->Getot();
+      c->Getscreenit();
+      c->Getscreenot();
+      if (f.MuscleMode()) {
+        c->Getmit();
+        c->Getmot();
+      }
+    }
+}
+
+// The edits after which a figure is stale: a new screen, a mode change, a
+// moved point.
+void Edit(Figure& f, int step) {
+  switch (step) {
+    case 0:
+      f.SetScreen(Matrix{{{0.6f, -0.8f, 0, 12}, {0.8f, 0.6f, 0, -3}, {0, 0, 2, 1}}});
+      break;
+    case 1:
+      f.SetMuscleMode(!f.MuscleMode());
+      break;
+    case 2:
+      for (int s = 0; s < f.SplineCount(); ++s)
+        for (int i = 0; i < f.PointCount(s); ++i) {
+          const PointId id{s, i};
+          if (f.ControlPoint(id)->IsHook()) continue;
+          f.Move(id, f.Position(id, Space::kModel) + Vector(0.5f, -0.25f, 0));
+          return;
+        }
+      break;
+  }
+}
+
+TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
+  const std::vector<FigureDescription> figures = SharedFigures();
+  ASSERT_GE(figures.size(), 4u);
+  for (std::size_t k = 0; k < figures.size(); ++k) {
+    Figure eager(figures[k]), lazy(figures[k]);
+    for (int step = 0; step < 4; ++step) {
+      if (step > 0) {
+        Edit(eager, step - 1);
+        Edit(lazy, step - 1);
+      }
+      eager.RefreshAll(eager.MuscleMode() ? Space::kMuscle : Space::kScreen);
+      const std::vector<std::uint32_t> refreshed = Members(eager);
+      AskRawGetters(eager);
+      EXPECT_EQ(FirstDifference(Members(eager), refreshed), refreshed.size()) << "figure " << k << ", step " << step;
+      AskLazily(lazy);
+      EXPECT_EQ(FirstDifference(Members(lazy), refreshed), refreshed.size()) << "figure " << k << ", step " << step;
+    }
+  }
+  Figure plain;
+  EXPECT_THROW(plain.RefreshAll(Space::kMuscle), FigureError);
+}
+
+TEST(SplineLengths, AnyNumberOfThreadsGivesEachSplineLengthsBits) {
+  std::vector<FigureDescription> figures = SharedFigures();
+  FigureDescription wavy;  // enough segments for every thread to get a share
+  for (int s = 0; s < 6; ++s) {
+    SplineDesc d;
+    d.closed = s % 2 == 1;
+    for (int i = 0; i < 200; ++i)
+      d.points.push_back(PointDesc{Vector(static_cast<float>(i), std::sin(0.3f * static_cast<float>(i * (s + 1))), 0.1f * s)});
+    wavy.splines.push_back(d);
+  }
+  wavy.view = wavy.inverseView = wavy.screen = wavy.inverseScreen = Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+  figures.push_back(wavy);
+  for (std::size_t k = 0; k < figures.size(); ++k) {
+    Figure f(figures[k]);
+    std::vector<float> one;
+    for (int s = 0; s < f.SplineCount(); ++s) one.push_back(f.SplineLength(s));
+    for (int threads : {1, 2, 3}) {
+      const std::vector<float> many = f.SplineLengths(threads);
+      ASSERT_EQ(many.size(), one.size());
+      for (std::size_t s = 0; s < one.size(); ++s)
+        EXPECT_EQ(std::memcmp(&many[s], &one[s], sizeof(float)), 0) << "figure " << k << ", spline " << s;
+    }
+  }
+  Figure empty;
+  EXPECT_THROW(empty.SplineLengths(0), FigureError);
+}
+
+}  // namespace
+}  // namespace splinecore::test
