@@ -16,6 +16,7 @@
 
 #include "splinecore/figure.h"
 #include "splinecore/figure_file.h"
+#include "splinecore/segment_cp.h"
 
 namespace splinecore {
 namespace {
@@ -127,6 +128,15 @@ TEST_P(CorpusFigure, SegmentsLengthsAndWalks) {
     if (segments > 0) {
       EXPECT_TRUE(Same(at[2].position, last));
       EXPECT_LT(Distance(at[1].position, last), 1e-3 * (1 + Size(last)));
+      // Beyond the end the direction is the last segment's derivative at
+      // the far end, 3 (h0 - p0), in view space.
+      if (!f.MuscleMode()) {
+        const int n = f.PointCount(s);
+        const Bezier lastSegment = f.Segment(PointId{s, (farEnd.index + n - 1) % n}, Space::kModel);
+        Vector derivative = (lastSegment.h0 - lastSegment.p0) * 3.0f;
+        TransformDirection(d.view, derivative);
+        EXPECT_LT(Distance(at[2].direction, derivative), 1e-3 * (1 + Size(derivative)));
+      }
     }
     const std::vector<Vector> sample = f.Sample(s, 4);
     EXPECT_EQ(sample.size(), static_cast<std::size_t>(segments * 4 + 1));
@@ -166,6 +176,32 @@ TEST_P(CorpusFigure, DescriptionsAndReversalsKeepTheBits) {
     EXPECT_EQ(svgBack, svg);
     EXPECT_EQ(WriteFigureFile(r.Describe()), text);
   }
+}
+
+// A delta's magnitude scales the tangent it turns, exactly: halving every
+// point's magnitudes halves the tangents of the points between two others
+// to the bit (a product by 0.5 and a linear map of it round exactly as the
+// half of their rounding). Open ends mirror and limit their neighbour's
+// tangent, and hooks follow their partners: neither is linear in it.
+TEST_P(CorpusFigure, HalvedMagnitudesHalveTheTangents) {
+  FigureDescription d = Load(GetParam());
+  d.muscleMode = false;
+  Figure whole(d);
+  for (SplineDesc& spline : d.splines)
+    for (PointDesc& p : spline.points) {
+      p.in.magnitude *= 0.5f;
+      p.out.magnitude *= 0.5f;
+    }
+  Figure half(d);
+  whole.RefreshAll(Space::kModel);
+  half.RefreshAll(Space::kModel);
+  for (int s = 0; s < whole.SplineCount(); ++s)
+    for (int i = 0; i < whole.PointCount(s); ++i) {
+      SegmentCP* w = whole.ControlPoint(PointId{s, i});
+      SegmentCP* h = half.ControlPoint(PointId{s, i});
+      if (w->IsHook() || w->prev == nullptr || w->next == nullptr) continue;
+      EXPECT_TRUE(Same(h->Getit(), w->Getit() * 0.5f) && Same(h->Getot(), w->Getot() * 0.5f)) << s << ":" << i;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Figures, CorpusFigure, ::testing::ValuesIn(Corpus()), [](const auto& info) {

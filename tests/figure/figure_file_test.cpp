@@ -69,6 +69,12 @@ const BadFile kBadFiles[] = {
     {"NoPoints", "{\"splines\": [\n  {\"name\": \"a\", \"points\": []}\n]}", 2, "needs \"points\": a non-empty array"},
     {"UnknownSplineKey", "{\"splines\": [\n  {\"points\": [{\"at\": [0, 0]}],\n   \"colour\": 1}\n]}", 3,
      "unknown key 'colour'"},
+    // A key the line index cannot match (written with an escape) is reported
+    // at the line of its nearest ancestor: here the spline.
+    {"EscapedUnknownKey", "{\"splines\": [\n  {\"points\": [{\"at\": [0, 0]}],\n   \"\\u0063olour\": 1}\n]}", 2,
+     "unknown key 'colour'"},
+    {"UnknownTransformKey", "{\"splines\": [{\"points\": [{\"at\": [0, 0]}]}],\n \"screen\": {\"rotate\": 90,\n   \"skew\": 1}}",
+     3, "unknown key 'skew'"},
     {"DuplicateName",
      "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]},\n"
      "  {\"name\": \"a\", \"points\": [{\"at\": [0, 1]}, {\"at\": [1, 1]}]}\n]}",

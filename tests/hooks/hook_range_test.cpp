@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "figure_test.h"
@@ -156,9 +157,16 @@ TEST_F(HookRangeTest, GetscreenpOfOneHookPlacesAndMarksTheWholeRun) {
   // Placed: the accessors and a second query do not place again.
   run[0]->hit = kSentinel;
   ExpectVector(*run[0]->Gethit(), kSentinel);
-  // A new screen generation does.
-  ++fig.f.cache.screenGeneration;
-  ExpectVector(*run[0]->Gethit(), X(0.25f));
+  // After a new screen generation, whichever accessor asks first places the
+  // run (the last hook's pieces, from the table above).
+  const std::pair<Vector* (HookSegmentCP::*)(), float> accessors[] = {
+      {&HookSegmentCP::Gethit, 1.25f}, {&HookSegmentCP::Gethot, 1.75f},
+      {&HookSegmentCP::Getpit, 2.5f}, {&HookSegmentCP::Getpot, 2.75f}};
+  for (const auto& [get, x] : accessors) {
+    for (HookSegmentCP* h : run) h->hit = h->hot = h->pit = h->pot = kSentinel;
+    ++fig.f.cache.screenGeneration;
+    ExpectVector(*(run[1]->*get)(), X(x));
+  }
 }
 
 }  // namespace
