@@ -14,6 +14,7 @@
 #include <unordered_set>
 
 #include "controlpoint/position_cache.h"
+#include "convert/whole_refresh.h"
 #include "figure/invert.h"
 #include "figure/reach.h"
 #include "hooks/snap.h"
@@ -44,11 +45,6 @@ namespace {
 constexpr Matrix kIdentity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
 constexpr float kInThird = -0.3333333432674408f;
 constexpr float kOutThird = 0.3333333432674408f;
-
-// Flags that record derived state: a freshly built point has none of them.
-constexpr std::uint32_t kDerivedFlags = cpflag::modelCaches | cpflag::screenCaches | cpflag::mpCached |
-                                        cpflag::mitCached | cpflag::motCached | cpflag::converted |
-                                        cpflag::mconverted | cpflag::muscleMoved;
 
 class OffsetEffect final : public MuscleEffect {
  public:
@@ -102,7 +98,7 @@ bool Finite(const Matrix& m) {
 
 
 void ZeroDerived(SegmentCP* c) {
-  c->flags &= ~kDerivedFlags;
+  c->flags &= ~detail::kDerivedFlags;
   c->stamp = 255;
   c->screenStamp = 255;
   const Vector zero(0, 0, 0);
@@ -147,6 +143,16 @@ struct Figure::Impl {
   bool local = false;
   detail::Reach reach;
   std::vector<std::vector<Vector>> musclePositions;  // per spline, per point, from the canonical pass
+  // The points spline by spline with their ids, kept until the structure
+  // changes; whether the figure passed validation since it last changed.
+  std::vector<SegmentCP*> flat;
+  std::vector<PointId> flatIds;
+  bool flatFresh = false;
+  bool validated = false;
+  // RefreshWhole's marks by control-point id: in a stack with muscle data;
+  // left to the lazy getters.
+  std::vector<unsigned char> muscleStack;
+  std::vector<unsigned char> lazy;
 
   Impl() {
     cache.view = &view;
@@ -238,13 +244,20 @@ struct Figure::Impl {
   // An edit that may change anything (structure, transforms, mode, muscle
   // effects): the next query recomputes the whole figure.
   void Touched() {
-    whole = true;
+    Restaled();
     idsFresh = false;
+    flatFresh = false;
+    validated = false;
   }
+
+  // An edit that changes no structure but may change every derived value
+  // (the screen transform, the mode).
+  void Restaled() { whole = true; }
 
   // After the point at `removed` (the control point `gone`) left its
   // spline: the ids of the points after it move down by one.
   void Renumbered(PointId removed, const SegmentCP* gone) {
+    flatFresh = false;
     const std::size_t spline = static_cast<std::size_t>(removed.spline);
     if (musclePositions.size() == splines.size() &&
         static_cast<std::size_t>(removed.index) < musclePositions[spline].size())
@@ -326,14 +339,24 @@ struct Figure::Impl {
   // hold their muscle placement during that phase, as in the whole pass,
   // and their screen placement again afterwards.
   void Pass(const Ordered& order, const std::vector<SegmentCP*>& readHooks = {}) {
-    for (const auto& [id, c] : order) {
-      ZeroDerived(c);
-      if (c->id < cpData.size() && cpData[c->id] != nullptr) {
-        MuscleCPData* d = cpData[c->id];
-        d->indelta = d->outdelta = Delta{0, 0, 0};
-        d->position = Vector(0, 0, 0);
-      }
+    for (const auto& [id, c] : order) Reset(c);
+    Derive(order, readHooks, nullptr);
+  }
+
+  // A point's derived values and muscle data back to their built state.
+  void Reset(SegmentCP* c) {
+    ZeroDerived(c);
+    if (c->id < cpData.size() && cpData[c->id] != nullptr) {
+      MuscleCPData* d = cpData[c->id];
+      d->indelta = d->outdelta = Delta{0, 0, 0};
+      d->position = Vector(0, 0, 0);
     }
+  }
+
+  // Pass after the reset. With `lazyHeads` (marks by id), the heads it does
+  // not mark hold their values already and keep their caches.
+  void Derive(const Ordered& order, const std::vector<SegmentCP*>& readHooks,
+              const std::vector<unsigned char>* lazyHeads) {
     if (muscle) {
       std::vector<Vector> screenPlaced;
       for (SegmentCP* h : readHooks) {
@@ -343,7 +366,7 @@ struct Figure::Impl {
       }
       for (const auto& [id, c] : order) {
         c->OffCacheditot();
-        c->head->OffCacheditot();
+        if (lazyHeads == nullptr || (*lazyHeads)[c->head->id] != 0) c->head->OffCacheditot();
         c->Getp();
       }
       for (std::size_t first = 0; first < order.size();) {
@@ -405,20 +428,106 @@ struct Figure::Impl {
     Pass(order, readHooks);
   }
 
-  // The pass over the whole figure, from fresh counters.
-  void Recompute() {
-    std::vector<std::string> problems = ValidateAll();
-    if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
+  // Validation (once after each change of structure), fresh counters and
+  // room for the muscle positions: what a whole pass starts from.
+  void StartWhole() {
+    if (!validated) {
+      std::vector<std::string> problems = ValidateAll();
+      if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
+      validated = true;
+    }
     cache.generation = 0;
     cache.screenGeneration = 0;
-    Ordered order;
-    musclePositions.assign(splines.size(), {});
-    for (std::size_t i = 0; i < splines.size(); ++i) {
+    musclePositions.resize(splines.size());
+    for (std::size_t i = 0; i < splines.size(); ++i)
       musclePositions[i].assign(splines[i].points.size(), Vector(0, 0, 0));
-      for (std::size_t j = 0; j < splines[i].points.size(); ++j)
-        order.emplace_back(PointId{static_cast<int>(i), static_cast<int>(j)}, splines[i].points[j]);
+    if (!flatFresh) {
+      flat.clear();
+      flatIds.clear();
+      for (std::size_t i = 0; i < splines.size(); ++i)
+        for (std::size_t j = 0; j < splines[i].points.size(); ++j) {
+          flat.push_back(splines[i].points[j]);
+          flatIds.push_back(PointId{static_cast<int>(i), static_cast<int>(j)});
+        }
+      flatFresh = true;
     }
+  }
+
+  // The pass over the whole figure, from fresh counters.
+  void Recompute() {
+    StartWhole();
+    Ordered order;
+    order.reserve(flat.size());
+    for (std::size_t k = 0; k < flat.size(); ++k) order.emplace_back(flatIds[k], flat[k]);
     Pass(order);
+  }
+
+  // Runs f(first, end, part) on `parts` consecutive shares of the figure's
+  // points, part 0 on this thread, and returns when all are done.
+  template <class F>
+  void InParts(std::size_t parts, F f) {
+    const std::size_t n = flat.size();
+    std::vector<std::thread> workers;
+    for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, n * k / parts, n * (k + 1) / parts, k);
+    f(0, n / parts, 0);
+    for (std::thread& w : workers) w.join();
+  }
+
+  // Recompute's bits in phases, each writing only the points of its own
+  // share: (1) which points the lazy getters must do (hooks, muscle data
+  // and what reads them); (2) those reset, every other head's screen
+  // position; (3) every other point's values from the heads' positions
+  // (RefreshPlainPoint); then, on this thread, the lazy points in figure
+  // order through the getters, which find the others' values cached.
+  void RefreshWhole(int threads) {
+    StartWhole();
+    const std::size_t ids = cache.nextId;
+    muscleStack.assign(ids, 0);
+    lazy.assign(ids, 0);
+    bool anyMuscle = false;
+    for (const MuscleCPData* d : cpData) anyMuscle = anyMuscle || d != nullptr;
+    if (anyMuscle)
+      for (SegmentCP* c : flat)
+        if (c->id < cpData.size() && cpData[c->id] != nullptr)
+          for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = 1;
+    const std::size_t parts = std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
+    std::vector<std::vector<std::size_t>> lazyParts(parts);
+    InParts(parts, [this, &lazyParts](std::size_t first, std::size_t end, std::size_t part) {
+      auto special = [this](const SegmentCP* x) { return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0); };
+      for (std::size_t k = first; k < end; ++k) {
+        SegmentCP* c = flat[k];
+        const bool reached = special(c) || special(c->prev) || special(c->next) ||
+                             (c->prev != nullptr && special(c->prev->prev)) ||
+                             (c->next != nullptr && special(c->next->next)) || (muscle && c->IsHasHooks());
+        if (!reached) continue;
+        lazy[c->id] = 1;
+        lazyParts[part].push_back(k);
+      }
+    });
+    const Matrix& screen = view.screenMatrix;
+    InParts(parts, [this, &screen](std::size_t first, std::size_t end, std::size_t) {
+      for (std::size_t k = first; k < end; ++k) {
+        SegmentCP* c = flat[k];
+        if (lazy[c->id] != 0) Reset(c);
+        if (c->head == c && !c->IsHook() && muscleStack[c->id] == 0) detail::RefreshHeadScreen(c, screen);
+      }
+    });
+    const Matrix& inverse = view.inverseScreenMatrix;
+    InParts(parts, [this, &screen, &inverse](std::size_t first, std::size_t end, std::size_t) {
+      for (std::size_t k = first; k < end; ++k) {
+        SegmentCP* c = flat[k];
+        if (lazy[c->id] != 0) continue;
+        detail::RefreshPlainPoint(c, screen, inverse, muscle);
+        if (muscle) {
+          const PointId id = flatIds[k];
+          musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] = c->head->p;
+        }
+      }
+    });
+    Ordered order;
+    for (const std::vector<std::size_t>& part : lazyParts)
+      for (std::size_t k : part) order.emplace_back(flatIds[k], flat[k]);
+    Derive(order, {}, &lazy);
   }
 
   // The muscle placement of a carrier's run, through its first hook.
@@ -678,7 +787,7 @@ void Figure::SetScreen(const Matrix& screen, const Matrix& inverse) {
   if (!Finite(screen) || !Finite(inverse)) throw FigureError("screen: matrices must be finite");
   impl_->view.screenMatrix = screen;
   impl_->view.inverseScreenMatrix = inverse;
-  impl_->Touched();
+  impl_->Restaled();
 }
 
 void Figure::SetView(const Matrix& view) {
@@ -697,7 +806,7 @@ void Figure::SetScreen(const Matrix& screen) {
 void Figure::SetMuscleMode(bool on) {
   impl_->muscle = on;
   impl_->cache.mode = on ? kMuscleMode : 0;
-  impl_->Touched();
+  impl_->Restaled();
 }
 
 int Figure::SplineCount() const { return static_cast<int>(impl_->splines.size()); }
@@ -790,8 +899,14 @@ std::vector<Bezier> Figure::HookPieces(PointId carrier, Space space) {
   return pieces;
 }
 
-void Figure::RefreshAll(Space space) {
+void Figure::RefreshAll(Space space, int threads) {
   if (space == Space::kMuscle && !impl_->muscle) throw FigureError("muscle space needs muscle mode");
+  if (threads < 1) throw FigureError("threads must be at least 1");
+  if (impl_->whole) {
+    impl_->RefreshWhole(threads);
+    impl_->whole = impl_->local = false;
+    impl_->reach = detail::Reach{};
+  }
   impl_->Canonicalize();
 }
 
