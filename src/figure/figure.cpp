@@ -149,10 +149,18 @@ struct Figure::Impl {
   std::vector<PointId> flatIds;
   bool flatFresh = false;
   bool validated = false;
-  // RefreshWhole's marks by control-point id: in a stack with muscle data;
-  // left to the lazy getters.
-  std::vector<unsigned char> muscleStack;
-  std::vector<unsigned char> lazy;
+  // RefreshWhole's plan, kept while the structure and the mode stay: the
+  // heads whose screen position it computes, the points it computes whole
+  // (by their index in `flat`), and the points left to the getters, in
+  // figure order and marked by id.
+  struct Plan {
+    bool fresh = false;
+    bool muscle = false;
+    std::vector<SegmentCP*> heads;
+    std::vector<std::size_t> plain;
+    std::vector<std::pair<PointId, SegmentCP*>> lazy;
+    std::vector<unsigned char> lazyById;
+  } plan;
 
   Impl() {
     cache.view = &view;
@@ -442,6 +450,7 @@ struct Figure::Impl {
     for (std::size_t i = 0; i < splines.size(); ++i)
       musclePositions[i].assign(splines[i].points.size(), Vector(0, 0, 0));
     if (!flatFresh) {
+      plan.fresh = false;
       flat.clear();
       flatIds.clear();
       for (std::size_t i = 0; i < splines.size(); ++i)
@@ -473,61 +482,98 @@ struct Figure::Impl {
     for (std::thread& w : workers) w.join();
   }
 
-  // Recompute's bits in phases, each writing only the points of its own
-  // share: (1) which points the lazy getters must do (hooks, muscle data
-  // and what reads them); (2) those reset, every other head's screen
-  // position; (3) every other point's values from the heads' positions
-  // (RefreshPlainPoint); then, on this thread, the lazy points in figure
-  // order through the getters, which find the others' values cached.
+  // Which points the getters must do: hooks, the points in stacks with
+  // muscle data, the points whose tangents read one of those (up to two
+  // steps along the spline), and in muscle mode the carriers (their turn
+  // places their runs). The others' values depend only on model positions,
+  // their own deltas and the transforms, and asking for them changes no
+  // other point. Also the heads whose screen position is computed directly:
+  // every non-hook head outside stacks with muscle data.
+  void MakePlan() {
+    const std::size_t ids = cache.nextId;
+    std::vector<unsigned char> muscleStack(ids, 0);
+    for (SegmentCP* c : flat)
+      if (c->id < cpData.size() && cpData[c->id] != nullptr)
+        for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = 1;
+    auto special = [&muscleStack](const SegmentCP* x) {
+      return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0);
+    };
+    plan = Plan{};
+    plan.lazyById.assign(ids, 0);
+    for (std::size_t k = 0; k < flat.size(); ++k) {
+      SegmentCP* c = flat[k];
+      const bool reached = special(c) || special(c->prev) || special(c->next) ||
+                           (c->prev != nullptr && special(c->prev->prev)) ||
+                           (c->next != nullptr && special(c->next->next)) || (muscle && c->IsHasHooks());
+      if (reached) {
+        plan.lazyById[c->id] = 1;
+        plan.lazy.emplace_back(flatIds[k], c);
+      } else {
+        plan.plain.push_back(k);
+      }
+      if (c->head == c && !c->IsHook() && muscleStack[c->id] == 0 && !reached) plan.heads.push_back(c);
+    }
+    plan.muscle = muscle;
+    plan.fresh = true;
+  }
+
+  // Runs f(part) for every part below `parts`, part 0 on this thread, and
+  // returns when all are done.
+  template <class F>
+  static void OnThreads(std::size_t parts, F f) {
+    std::vector<std::thread> workers;
+    for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, k);
+    f(std::size_t{0});
+    for (std::thread& w : workers) w.join();
+  }
+
+  // Recompute's bits in phases; within a phase each thread writes only the
+  // points of its own share. (1) The points left to the getters are reset
+  // and every head outside stacks with muscle data gets its screen
+  // position; (2) every other point gets its values from the heads'
+  // positions (RefreshPlainPoint); (3) on this thread, the points left to
+  // the getters go through them in figure order, as Pass, finding the
+  // others' values cached.
   void RefreshWhole(int threads) {
     StartWhole();
-    const std::size_t ids = cache.nextId;
-    muscleStack.assign(ids, 0);
-    lazy.assign(ids, 0);
-    bool anyMuscle = false;
-    for (const MuscleCPData* d : cpData) anyMuscle = anyMuscle || d != nullptr;
-    if (anyMuscle)
-      for (SegmentCP* c : flat)
-        if (c->id < cpData.size() && cpData[c->id] != nullptr)
-          for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = 1;
-    const std::size_t parts = std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
-    std::vector<std::vector<std::size_t>> lazyParts(parts);
-    InParts(parts, [this, &lazyParts](std::size_t first, std::size_t end, std::size_t part) {
-      auto special = [this](const SegmentCP* x) { return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0); };
-      for (std::size_t k = first; k < end; ++k) {
-        SegmentCP* c = flat[k];
-        const bool reached = special(c) || special(c->prev) || special(c->next) ||
-                             (c->prev != nullptr && special(c->prev->prev)) ||
-                             (c->next != nullptr && special(c->next->next)) || (muscle && c->IsHasHooks());
-        if (!reached) continue;
-        lazy[c->id] = 1;
-        lazyParts[part].push_back(k);
-      }
-    });
+    if (!plan.fresh || plan.muscle != muscle) MakePlan();
+    const std::size_t parts =
+        std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
     const Matrix& screen = view.screenMatrix;
-    InParts(parts, [this, &screen](std::size_t first, std::size_t end, std::size_t) {
-      for (std::size_t k = first; k < end; ++k) {
-        SegmentCP* c = flat[k];
-        if (lazy[c->id] != 0) Reset(c);
-        if (c->head == c && !c->IsHook() && muscleStack[c->id] == 0) detail::RefreshHeadScreen(c, screen);
+    const Matrix& inverse = view.inverseScreenMatrix;
+    // Share `part` of n items.
+    auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
+    OnThreads(parts, [&](std::size_t part) {
+      const std::size_t heads = plan.heads.size();
+      const std::size_t lazy = plan.lazy.size();
+      for (std::size_t k = first(heads, part); k < first(heads, part + 1); ++k)
+        detail::RefreshHeadScreen(plan.heads[k], screen);
+      for (std::size_t k = first(lazy, part); k < first(lazy, part + 1); ++k) {
+        SegmentCP* c = plan.lazy[k].second;
+        Reset(c);
+        if (c->head == c && !c->IsHook() && !InMuscleStack(c)) detail::RefreshHeadScreen(c, screen);
       }
     });
-    const Matrix& inverse = view.inverseScreenMatrix;
-    InParts(parts, [this, &screen, &inverse](std::size_t first, std::size_t end, std::size_t) {
-      for (std::size_t k = first; k < end; ++k) {
-        SegmentCP* c = flat[k];
-        if (lazy[c->id] != 0) continue;
+    OnThreads(parts, [&](std::size_t part) {
+      const std::size_t plain = plan.plain.size();
+      for (std::size_t k = first(plain, part); k < first(plain, part + 1); ++k) {
+        const std::size_t at = plan.plain[k];
+        SegmentCP* c = flat[at];
         detail::RefreshPlainPoint(c, screen, inverse, muscle);
         if (muscle) {
-          const PointId id = flatIds[k];
+          const PointId id = flatIds[at];
           musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] = c->head->p;
         }
       }
     });
-    Ordered order;
-    for (const std::vector<std::size_t>& part : lazyParts)
-      for (std::size_t k : part) order.emplace_back(flatIds[k], flat[k]);
-    Derive(order, {}, &lazy);
+    Derive(plan.lazy, {}, &plan.lazyById);
+  }
+
+  // Whether a member of c's stack carries muscle data.
+  bool InMuscleStack(SegmentCP* c) const {
+    for (SegmentCP* m : StackMembers(c))
+      if (m->id < cpData.size() && cpData[m->id] != nullptr) return true;
+    return false;
   }
 
   // The muscle placement of a carrier's run, through its first hook.
