@@ -23,37 +23,48 @@ inline constexpr float kHandleInThird = -0.3333333432674408f;
 inline constexpr float kHandleOutThird = 0.3333333432674408f;
 
 // A non-hook head without muscle data: its screen position, as Getscreenp
-// leaves it (flag and both stamps current).
-inline void RefreshHeadScreen(SegmentCP* h, const Matrix& screen) {
+// leaves it (flag and both stamps current); returned too.
+inline Vector RefreshHeadScreen(SegmentCP* h, const Matrix& screen) {
   h->screenp = TransformPoint(screen, h->p);
   h->flags |= cpflag::screenpCached;
   h->stamp = h->cache->generation;
   h->screenStamp = h->cache->screenGeneration;
+  return h->screenp;
 }
+
+// Where RefreshPlainPoint reads positions: per point, the slots of the
+// heads of c, prev, next and the second neighbour an open end reads (slot
+// order as TangentRule's roles), in the arrays of the heads' screen and
+// model positions.
+struct PlainSlots {
+  std::uint32_t head[4];
+};
 
 // Every derived member of a non-hook c whose neighbours and second
 // neighbours are no hooks and whose stacks, and theirs, hold no muscle data,
-// after its head and theirs went through RefreshHeadScreen: the model
-// tangents found in screen space (Convert), the screen handles and, in
-// muscle mode, the muscle handles (MConvert, then the handle points), with
-// the flags and stamps the getters leave.
-inline void RefreshPlainPoint(SegmentCP* c, const Matrix& screen, const Matrix& inverse, bool muscle) {
-  SegmentCP* const head = c->head;
+// after its head and theirs went through RefreshHeadScreen (their screen
+// and model positions also in `screenAt` and `modelAt` at the slots): the
+// model tangents found in screen space (Convert), the screen handles and,
+// in muscle mode, the muscle handles (MConvert, then the handle points),
+// with the flags and stamps the getters leave.
+inline void RefreshPlainPoint(SegmentCP* c, const PlainSlots& slots, const Vector* screenAt, const Vector* modelAt,
+                              const Matrix& screen, const Matrix& inverse, bool muscle) {
+  const bool isHead = c->head == c;
   Vector it = kZeroVector;
   Vector ot = kZeroVector;
-  TurnedTangents(c->indelta, c->outdelta, it, ot, [c](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
-    return TangentRule(c, [](SegmentCP* x) { return x->head->screenp; }, t1, t2, n1, n2);
+  TurnedTangents(c->indelta, c->outdelta, it, ot, [&](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
+    return TangentRule(c, [&](SegmentCP*, int role) { return screenAt[slots.head[role]]; }, t1, t2, n1, n2);
   });
   TransformDirection(inverse, ot);
   TransformDirection(inverse, it);
-  const Vector at = head->p;
+  const Vector at = modelAt[slots.head[0]];
   c->it = it;
   c->ot = ot;
   c->screenit = TransformPoint(screen, it * kHandleInThird + at);
   c->screenot = TransformPoint(screen, ot * kHandleOutThird + at);
   std::uint32_t flags = (c->flags & ~kDerivedFlags) | cpflag::itCached | cpflag::otCached | cpflag::converted |
                         cpflag::screenitCached | cpflag::screenotCached;
-  if (head == c) {
+  if (isHead) {
     flags |= cpflag::screenpCached;
   } else {
     c->screenp = kZeroVector;
@@ -61,8 +72,8 @@ inline void RefreshPlainPoint(SegmentCP* c, const Matrix& screen, const Matrix& 
   Vector mit = kZeroVector;
   Vector mot = kZeroVector;
   if (muscle) {
-    TurnedTangents(c->indelta, c->outdelta, mit, mot, [c](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
-      return TangentRule(c, [](SegmentCP* x) { return x->head->p; }, t1, t2, n1, n2);
+    TurnedTangents(c->indelta, c->outdelta, mit, mot, [&](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
+      return TangentRule(c, [&](SegmentCP*, int role) { return modelAt[slots.head[role]]; }, t1, t2, n1, n2);
     });
     mit = mit * kHandleInThird + at;
     mot = mot * kHandleOutThird + at;

@@ -158,8 +158,18 @@ struct Figure::Impl {
     bool muscle = false;
     std::vector<SegmentCP*> heads;
     std::vector<std::size_t> plain;
+    std::vector<detail::PlainSlots> slots;  // per plain point, into the heads
+    std::vector<Vector> screenAt;  // per head, its screen position ...
+    std::vector<Vector> modelAt;   // ... and its model position, each refresh
     std::vector<std::pair<PointId, SegmentCP*>> lazy;
     std::vector<unsigned char> lazyById;
+    // Per lazy point, its group: the lazy points its getters may reach (its
+    // stack, its spline neighbours up to two steps and their stacks, a
+    // hook's far end's stack, and theirs in turn). Groups share no written
+    // state; with host effects (which answer by PointId through a shared
+    // index) there is one group. Groups are numbered by first appearance.
+    std::vector<std::size_t> group;
+    std::vector<std::size_t> groupSize;
   } plan;
 
   Impl() {
@@ -500,6 +510,7 @@ struct Figure::Impl {
     };
     plan = Plan{};
     plan.lazyById.assign(ids, 0);
+    std::vector<std::uint32_t> slotById(ids, 0);
     for (std::size_t k = 0; k < flat.size(); ++k) {
       SegmentCP* c = flat[k];
       const bool reached = special(c) || special(c->prev) || special(c->next) ||
@@ -511,10 +522,63 @@ struct Figure::Impl {
       } else {
         plan.plain.push_back(k);
       }
-      if (c->head == c && !c->IsHook() && muscleStack[c->id] == 0 && !reached) plan.heads.push_back(c);
+      if (c->head == c && !c->IsHook() && muscleStack[c->id] == 0) {
+        slotById[c->id] = static_cast<std::uint32_t>(plan.heads.size());
+        plan.heads.push_back(c);
+      }
     }
+    // A missing neighbour's slot is never read.
+    auto slot = [&slotById](const SegmentCP* x) { return x != nullptr ? slotById[x->head->id] : 0u; };
+    for (std::size_t k : plan.plain) {
+      SegmentCP* c = flat[k];
+      SegmentCP* second = nullptr;
+      if (c->prev == nullptr && c->next != nullptr) second = c->next->next;
+      if (c->next == nullptr && c->prev != nullptr) second = c->prev->prev;
+      plan.slots.push_back(detail::PlainSlots{{slot(c), slot(c->prev), slot(c->next), slot(second)}});
+    }
+    plan.screenAt.resize(plan.heads.size());
+    plan.modelAt.resize(plan.heads.size());
+    MakeGroups();
     plan.muscle = muscle;
     plan.fresh = true;
+  }
+
+  void MakeGroups() {
+    const std::size_t n = plan.lazy.size();
+    std::vector<std::size_t> root(n);
+    for (std::size_t k = 0; k < n; ++k) root[k] = k;
+    auto find = [&root](std::size_t k) {
+      while (root[k] != k) k = root[k] = root[root[k]];
+      return k;
+    };
+    std::vector<std::size_t> indexById(plan.lazyById.size(), 0);
+    for (std::size_t k = 0; k < n; ++k) indexById[plan.lazy[k].second->id] = k;
+    for (std::size_t k = 0; k < n; ++k) {
+      SegmentCP* c = plan.lazy[k].second;
+      if (!customs.empty()) {
+        root[find(k)] = find(0);
+        continue;
+      }
+      SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr;
+      for (SegmentCP* x : {c, c->prev, c->next, c->prev != nullptr ? c->prev->prev : nullptr,
+                           c->next != nullptr ? c->next->next : nullptr, carrier != nullptr ? carrier->next : nullptr}) {
+        if (x == nullptr) continue;
+        for (SegmentCP* m : StackMembers(x))
+          if (plan.lazyById[m->id] != 0) root[find(indexById[m->id])] = find(k);
+      }
+    }
+    std::vector<std::size_t> number(n, n);
+    plan.group.assign(n, 0);
+    plan.groupSize.clear();
+    for (std::size_t k = 0; k < n; ++k) {
+      const std::size_t r = find(k);
+      if (number[r] == n) {
+        number[r] = plan.groupSize.size();
+        plan.groupSize.push_back(0);
+      }
+      plan.group[k] = number[r];
+      ++plan.groupSize[number[r]];
+    }
   }
 
   // Runs f(part) for every part below `parts`, part 0 on this thread, and
@@ -528,12 +592,12 @@ struct Figure::Impl {
   }
 
   // Recompute's bits in phases; within a phase each thread writes only the
-  // points of its own share. (1) The points left to the getters are reset
-  // and every head outside stacks with muscle data gets its screen
-  // position; (2) every other point gets its values from the heads'
-  // positions (RefreshPlainPoint); (3) on this thread, the points left to
-  // the getters go through them in figure order, as Pass, finding the
-  // others' values cached.
+  // points of its own share. (1) The points left to the getters are reset;
+  // (2) every head outside stacks with muscle data gets its screen position
+  // (kept beside its model position in the plan); (3) every other point gets
+  // its values from those (RefreshPlainPoint); (4) the points left to the
+  // getters go through them as in Pass, whole groups to a thread, each in
+  // figure order, finding the others' values cached.
   void RefreshWhole(int threads) {
     StartWhole();
     if (!plan.fresh || plan.muscle != muscle) MakePlan();
@@ -544,14 +608,14 @@ struct Figure::Impl {
     // Share `part` of n items.
     auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
     OnThreads(parts, [&](std::size_t part) {
-      const std::size_t heads = plan.heads.size();
       const std::size_t lazy = plan.lazy.size();
-      for (std::size_t k = first(heads, part); k < first(heads, part + 1); ++k)
-        detail::RefreshHeadScreen(plan.heads[k], screen);
-      for (std::size_t k = first(lazy, part); k < first(lazy, part + 1); ++k) {
-        SegmentCP* c = plan.lazy[k].second;
-        Reset(c);
-        if (c->head == c && !c->IsHook() && !InMuscleStack(c)) detail::RefreshHeadScreen(c, screen);
+      for (std::size_t k = first(lazy, part); k < first(lazy, part + 1); ++k) Reset(plan.lazy[k].second);
+    });
+    OnThreads(parts, [&](std::size_t part) {
+      const std::size_t heads = plan.heads.size();
+      for (std::size_t k = first(heads, part); k < first(heads, part + 1); ++k) {
+        plan.screenAt[k] = detail::RefreshHeadScreen(plan.heads[k], screen);
+        plan.modelAt[k] = plan.heads[k]->p;
       }
     });
     OnThreads(parts, [&](std::size_t part) {
@@ -559,21 +623,25 @@ struct Figure::Impl {
       for (std::size_t k = first(plain, part); k < first(plain, part + 1); ++k) {
         const std::size_t at = plan.plain[k];
         SegmentCP* c = flat[at];
-        detail::RefreshPlainPoint(c, screen, inverse, muscle);
+        detail::RefreshPlainPoint(c, plan.slots[k], plan.screenAt.data(), plan.modelAt.data(), screen, inverse,
+                                  muscle);
         if (muscle) {
           const PointId id = flatIds[at];
           musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] = c->head->p;
         }
       }
     });
-    Derive(plan.lazy, {}, &plan.lazyById);
-  }
-
-  // Whether a member of c's stack carries muscle data.
-  bool InMuscleStack(SegmentCP* c) const {
-    for (SegmentCP* m : StackMembers(c))
-      if (m->id < cpData.size() && cpData[m->id] != nullptr) return true;
-    return false;
+    // Whole groups to each thread, by their running point count; each
+    // thread's points in figure order.
+    std::vector<std::size_t> partOf(plan.groupSize.size());
+    std::size_t counted = 0;
+    for (std::size_t g = 0; g < partOf.size(); ++g) {
+      partOf[g] = plan.lazy.empty() ? 0 : counted * parts / plan.lazy.size();
+      counted += plan.groupSize[g];
+    }
+    std::vector<Ordered> orders(parts);
+    for (std::size_t k = 0; k < plan.lazy.size(); ++k) orders[partOf[plan.group[k]]].push_back(plan.lazy[k]);
+    OnThreads(parts, [&](std::size_t part) { Derive(orders[part], {}, &plan.lazyById); });
   }
 
   // The muscle placement of a carrier's run, through its first hook.

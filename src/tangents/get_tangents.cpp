@@ -15,7 +15,7 @@ Vector PositionOf(SegmentCP* c, int screen) { return screen != 0 ? c->Getscreenp
 int SegmentCP::GetTangents(Vector* inTangent, Vector* outTangent, Vector* inNormal, Vector* outNormal, int screen) {
   if (IsHook()) return 0;
   return detail::TangentRule(
-      this, [screen](SegmentCP* x) { return PositionOf(x, screen); }, inTangent, outTangent, inNormal, outNormal);
+      this, [screen](SegmentCP* x, int) { return PositionOf(x, screen); }, inTangent, outTangent, inNormal, outNormal);
 }
 
 }  // namespace splinecore
