@@ -47,7 +47,8 @@ class GridFigure {
         if (c % 10 != 5 || !figure_.OwnsSegment(top)) continue;
         // A hook at s = 0.5 on the row's segment, on a two-point spline.
         SplineDesc hook;
-        hook.points = {PointDesc{at(r, c) + Vector(0.5f, 0.3f, 0.0f)}, PointDesc{}};
+        hook.points.push_back(PointDesc{at(r, c) + Vector(0.5f, 0.3f, 0.0f)});
+        hook.points.push_back(PointDesc{});
         hook.points[1].hook = true;
         const int spline = figure_.AddSpline(hook);
         figure_.AddHook(PointId{spline, 1}, top);

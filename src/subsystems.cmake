@@ -7,7 +7,7 @@
 #   tangents, hooks   -> controlpoint
 #   convert           -> controlpoint, tangents
 #   groups            -> controlpoint, hooks
-#   figure            -> controlpoint, hooks, measure
+#   figure            -> controlpoint, hooks, measure, convert
 
 splinecore_subsystem(host FILES
   layout_checks.cpp version.cpp)
@@ -36,7 +36,8 @@ splinecore_subsystem(hooks USES controlpoint FILES
   snap.h)
 
 splinecore_subsystem(convert USES controlpoint tangents FILES
-  apply_delta.h convert.cpp)
+  apply_delta.h convert.cpp
+  whole_refresh.h)
 
 splinecore_subsystem(groups USES controlpoint hooks FILES
   group_edit.cpp group_edit.h
@@ -44,7 +45,7 @@ splinecore_subsystem(groups USES controlpoint hooks FILES
   reverse_hook_run.cpp reverse_hook_run.h
   slices.cpp)
 
-splinecore_subsystem(figure USES controlpoint hooks measure FILES
+splinecore_subsystem(figure USES controlpoint hooks measure convert FILES
   figure.cpp figure_file.cpp
   invert.cpp invert.h
   reach.cpp reach.h)

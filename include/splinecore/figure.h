@@ -233,7 +233,12 @@ class SPLINECORE_API Figure {
   /// tangents are found in screen space and the muscle family feeds them, so
   /// any space refreshes all three. kMuscle needs muscle mode. The view
   /// transform enters no cached value: SetView leaves nothing stale.
-  void RefreshAll(Space space);
+  /// After an edit that stales the whole figure (a new screen transform, the
+  /// mode, a change of structure) the points that no hook and no muscle
+  /// data reach are computed directly, split across `threads` threads (at
+  /// least 1; each writes only its own points), and the others through the
+  /// getters on this thread: the same bits for any number of threads.
+  void RefreshAll(Space space, int threads = 1);
   float SegmentLength(PointId point);  ///< view space; the point needs a next
   /// GetTotalLength from the spline's first point: its segment lengths
   /// summed in view space; 1.0 for a spline without a segment.

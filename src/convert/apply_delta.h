@@ -86,6 +86,26 @@ inline void ApplyDelta(Vector& t, float pitch, float yaw, float magnitude, Vecto
   t = t * length * magnitude;
 }
 
+// A non-hook's tangents with its deltas: `rule(it, ot, inNormal, outNormal)`
+// writes the rule's tangents (normals only when asked for, when a delta
+// turns), then the magnitudes scale them or, with a turn and normals,
+// ApplyDelta turns them. The conversions and the whole-figure refresh run this.
+template <class Rule>
+inline void TurnedTangents(const Delta& in, const Delta& out, Vector& it, Vector& ot, Rule rule) {
+  if (MakesNoTurn(in) && MakesNoTurn(out)) {
+    rule(&it, &ot, nullptr, nullptr);
+    if (in.magnitude != 1.0f) it *= in.magnitude;
+    if (out.magnitude != 1.0f) ot *= out.magnitude;
+    return;
+  }
+  Vector inNormal;
+  Vector outNormal;
+  if (rule(&it, &ot, &inNormal, &outNormal) != 0) {
+    ApplyDelta(it, in.pitch, in.yaw, in.magnitude, inNormal);
+    ApplyDelta(ot, out.pitch, out.yaw, out.magnitude, outNormal);
+  }
+}
+
 }  // namespace splinecore::detail
 
 #endif

@@ -72,18 +72,9 @@ void ConvertIn(SegmentCP* c) {
     const Delta in = c->Getindelta();
     const Delta out = c->Getoutdelta();
     const int screen = Space::kScreen ? 1 : 0;
-    if (detail::MakesNoTurn(in) && detail::MakesNoTurn(out)) {
-      c->GetTangents(&it, &ot, nullptr, nullptr, screen);
-      if (in.magnitude != 1.0f) it *= in.magnitude;
-      if (out.magnitude != 1.0f) ot *= out.magnitude;
-    } else {
-      Vector inNormal;
-      Vector outNormal;
-      if (c->GetTangents(&it, &ot, &inNormal, &outNormal, screen) != 0) {
-        detail::ApplyDelta(it, in.pitch, in.yaw, in.magnitude, inNormal);
-        detail::ApplyDelta(ot, out.pitch, out.yaw, out.magnitude, outNormal);
-      }
-    }
+    detail::TurnedTangents(in, out, it, ot, [c, screen](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
+      return c->GetTangents(t1, t2, n1, n2, screen);
+    });
   }
   if constexpr (Space::kScreen) {
     const Matrix& inverse = c->cache->view->inverseScreenMatrix;

@@ -14,6 +14,7 @@
 #include <unordered_set>
 
 #include "controlpoint/position_cache.h"
+#include "convert/whole_refresh.h"
 #include "figure/invert.h"
 #include "figure/reach.h"
 #include "hooks/snap.h"
@@ -44,11 +45,6 @@ namespace {
 constexpr Matrix kIdentity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
 constexpr float kInThird = -0.3333333432674408f;
 constexpr float kOutThird = 0.3333333432674408f;
-
-// Flags that record derived state: a freshly built point has none of them.
-constexpr std::uint32_t kDerivedFlags = cpflag::modelCaches | cpflag::screenCaches | cpflag::mpCached |
-                                        cpflag::mitCached | cpflag::motCached | cpflag::converted |
-                                        cpflag::mconverted | cpflag::muscleMoved;
 
 class OffsetEffect final : public MuscleEffect {
  public:
@@ -102,7 +98,7 @@ bool Finite(const Matrix& m) {
 
 
 void ZeroDerived(SegmentCP* c) {
-  c->flags &= ~kDerivedFlags;
+  c->flags &= ~detail::kDerivedFlags;
   c->stamp = 255;
   c->screenStamp = 255;
   const Vector zero(0, 0, 0);
@@ -147,6 +143,34 @@ struct Figure::Impl {
   bool local = false;
   detail::Reach reach;
   std::vector<std::vector<Vector>> musclePositions;  // per spline, per point, from the canonical pass
+  // The points spline by spline with their ids, kept until the structure
+  // changes; whether the figure passed validation since it last changed.
+  std::vector<SegmentCP*> flat;
+  std::vector<PointId> flatIds;
+  bool flatFresh = false;
+  bool validated = false;
+  // RefreshWhole's plan, kept while the structure and the mode stay: the
+  // heads whose screen position it computes, the points it computes whole
+  // (by their index in `flat`), and the points left to the getters, in
+  // figure order and marked by id.
+  struct Plan {
+    bool fresh = false;
+    bool muscle = false;
+    std::vector<SegmentCP*> heads;
+    std::vector<std::size_t> plain;
+    std::vector<detail::PlainSlots> slots;  // per plain point, into the heads
+    std::vector<Vector> screenAt;  // per head, its screen position ...
+    std::vector<Vector> modelAt;   // ... and its model position, each refresh
+    std::vector<std::pair<PointId, SegmentCP*>> lazy;
+    std::vector<unsigned char> lazyById;
+    // Per lazy point, its group: the lazy points its getters may reach (its
+    // stack, its spline neighbours up to two steps and their stacks, a
+    // hook's far end's stack, and theirs in turn). Groups share no written
+    // state; with host effects (which answer by PointId through a shared
+    // index) there is one group. Groups are numbered by first appearance.
+    std::vector<std::size_t> group;
+    std::vector<std::size_t> groupSize;
+  } plan;
 
   Impl() {
     cache.view = &view;
@@ -238,13 +262,20 @@ struct Figure::Impl {
   // An edit that may change anything (structure, transforms, mode, muscle
   // effects): the next query recomputes the whole figure.
   void Touched() {
-    whole = true;
+    Restaled();
     idsFresh = false;
+    flatFresh = false;
+    validated = false;
   }
+
+  // An edit that changes no structure but may change every derived value
+  // (the screen transform, the mode).
+  void Restaled() { whole = true; }
 
   // After the point at `removed` (the control point `gone`) left its
   // spline: the ids of the points after it move down by one.
   void Renumbered(PointId removed, const SegmentCP* gone) {
+    flatFresh = false;
     const std::size_t spline = static_cast<std::size_t>(removed.spline);
     if (musclePositions.size() == splines.size() &&
         static_cast<std::size_t>(removed.index) < musclePositions[spline].size())
@@ -326,14 +357,24 @@ struct Figure::Impl {
   // hold their muscle placement during that phase, as in the whole pass,
   // and their screen placement again afterwards.
   void Pass(const Ordered& order, const std::vector<SegmentCP*>& readHooks = {}) {
-    for (const auto& [id, c] : order) {
-      ZeroDerived(c);
-      if (c->id < cpData.size() && cpData[c->id] != nullptr) {
-        MuscleCPData* d = cpData[c->id];
-        d->indelta = d->outdelta = Delta{0, 0, 0};
-        d->position = Vector(0, 0, 0);
-      }
+    for (const auto& [id, c] : order) Reset(c);
+    Derive(order, readHooks, nullptr);
+  }
+
+  // A point's derived values and muscle data back to their built state.
+  void Reset(SegmentCP* c) {
+    ZeroDerived(c);
+    if (c->id < cpData.size() && cpData[c->id] != nullptr) {
+      MuscleCPData* d = cpData[c->id];
+      d->indelta = d->outdelta = Delta{0, 0, 0};
+      d->position = Vector(0, 0, 0);
     }
+  }
+
+  // Pass after the reset. With `lazyHeads` (marks by id), the heads it does
+  // not mark hold their values already and keep their caches.
+  void Derive(const Ordered& order, const std::vector<SegmentCP*>& readHooks,
+              const std::vector<unsigned char>* lazyHeads) {
     if (muscle) {
       std::vector<Vector> screenPlaced;
       for (SegmentCP* h : readHooks) {
@@ -343,7 +384,7 @@ struct Figure::Impl {
       }
       for (const auto& [id, c] : order) {
         c->OffCacheditot();
-        c->head->OffCacheditot();
+        if (lazyHeads == nullptr || (*lazyHeads)[c->head->id] != 0) c->head->OffCacheditot();
         c->Getp();
       }
       for (std::size_t first = 0; first < order.size();) {
@@ -405,20 +446,202 @@ struct Figure::Impl {
     Pass(order, readHooks);
   }
 
-  // The pass over the whole figure, from fresh counters.
-  void Recompute() {
-    std::vector<std::string> problems = ValidateAll();
-    if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
+  // Validation (once after each change of structure), fresh counters and
+  // room for the muscle positions: what a whole pass starts from.
+  void StartWhole() {
+    if (!validated) {
+      std::vector<std::string> problems = ValidateAll();
+      if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
+      validated = true;
+    }
     cache.generation = 0;
     cache.screenGeneration = 0;
-    Ordered order;
-    musclePositions.assign(splines.size(), {});
-    for (std::size_t i = 0; i < splines.size(); ++i) {
+    musclePositions.resize(splines.size());
+    for (std::size_t i = 0; i < splines.size(); ++i)
       musclePositions[i].assign(splines[i].points.size(), Vector(0, 0, 0));
-      for (std::size_t j = 0; j < splines[i].points.size(); ++j)
-        order.emplace_back(PointId{static_cast<int>(i), static_cast<int>(j)}, splines[i].points[j]);
+    if (!flatFresh) {
+      plan.fresh = false;
+      flat.clear();
+      flatIds.clear();
+      for (std::size_t i = 0; i < splines.size(); ++i)
+        for (std::size_t j = 0; j < splines[i].points.size(); ++j) {
+          flat.push_back(splines[i].points[j]);
+          flatIds.push_back(PointId{static_cast<int>(i), static_cast<int>(j)});
+        }
+      flatFresh = true;
     }
+  }
+
+  // The pass over the whole figure, from fresh counters.
+  void Recompute() {
+    StartWhole();
+    Ordered order;
+    order.reserve(flat.size());
+    for (std::size_t k = 0; k < flat.size(); ++k) order.emplace_back(flatIds[k], flat[k]);
     Pass(order);
+  }
+
+  // Runs f(first, end, part) on `parts` consecutive shares of the figure's
+  // points, part 0 on this thread, and returns when all are done.
+  template <class F>
+  void InParts(std::size_t parts, F f) {
+    const std::size_t n = flat.size();
+    std::vector<std::thread> workers;
+    for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, n * k / parts, n * (k + 1) / parts, k);
+    f(0, n / parts, 0);
+    for (std::thread& w : workers) w.join();
+  }
+
+  // Which points the getters must do: hooks, the points in stacks with
+  // muscle data, the points whose tangents read one of those (up to two
+  // steps along the spline), and in muscle mode the carriers (their turn
+  // places their runs). The others' values depend only on model positions,
+  // their own deltas and the transforms, and asking for them changes no
+  // other point. Also the heads whose screen position is computed directly:
+  // every non-hook head outside stacks with muscle data.
+  void MakePlan() {
+    const std::size_t ids = cache.nextId;
+    std::vector<unsigned char> muscleStack(ids, 0);
+    for (SegmentCP* c : flat)
+      if (c->id < cpData.size() && cpData[c->id] != nullptr)
+        for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = 1;
+    auto special = [&muscleStack](const SegmentCP* x) {
+      return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0);
+    };
+    plan = Plan{};
+    plan.lazyById.assign(ids, 0);
+    std::vector<std::uint32_t> slotById(ids, 0);
+    for (std::size_t k = 0; k < flat.size(); ++k) {
+      SegmentCP* c = flat[k];
+      const bool reached = special(c) || special(c->prev) || special(c->next) ||
+                           (c->prev != nullptr && special(c->prev->prev)) ||
+                           (c->next != nullptr && special(c->next->next)) || (muscle && c->IsHasHooks());
+      if (reached) {
+        plan.lazyById[c->id] = 1;
+        plan.lazy.emplace_back(flatIds[k], c);
+      } else {
+        plan.plain.push_back(k);
+      }
+      if (c->head == c && !c->IsHook() && muscleStack[c->id] == 0) {
+        slotById[c->id] = static_cast<std::uint32_t>(plan.heads.size());
+        plan.heads.push_back(c);
+      }
+    }
+    // A missing neighbour's slot is never read.
+    auto slot = [&slotById](const SegmentCP* x) { return x != nullptr ? slotById[x->head->id] : 0u; };
+    for (std::size_t k : plan.plain) {
+      SegmentCP* c = flat[k];
+      SegmentCP* second = nullptr;
+      if (c->prev == nullptr && c->next != nullptr) second = c->next->next;
+      if (c->next == nullptr && c->prev != nullptr) second = c->prev->prev;
+      plan.slots.push_back(detail::PlainSlots{{slot(c), slot(c->prev), slot(c->next), slot(second)}});
+    }
+    plan.screenAt.resize(plan.heads.size());
+    plan.modelAt.resize(plan.heads.size());
+    MakeGroups();
+    plan.muscle = muscle;
+    plan.fresh = true;
+  }
+
+  void MakeGroups() {
+    const std::size_t n = plan.lazy.size();
+    std::vector<std::size_t> root(n);
+    for (std::size_t k = 0; k < n; ++k) root[k] = k;
+    auto find = [&root](std::size_t k) {
+      while (root[k] != k) k = root[k] = root[root[k]];
+      return k;
+    };
+    std::vector<std::size_t> indexById(plan.lazyById.size(), 0);
+    for (std::size_t k = 0; k < n; ++k) indexById[plan.lazy[k].second->id] = k;
+    for (std::size_t k = 0; k < n; ++k) {
+      SegmentCP* c = plan.lazy[k].second;
+      if (!customs.empty()) {
+        root[find(k)] = find(0);
+        continue;
+      }
+      SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr;
+      for (SegmentCP* x : {c, c->prev, c->next, c->prev != nullptr ? c->prev->prev : nullptr,
+                           c->next != nullptr ? c->next->next : nullptr, carrier != nullptr ? carrier->next : nullptr}) {
+        if (x == nullptr) continue;
+        for (SegmentCP* m : StackMembers(x))
+          if (plan.lazyById[m->id] != 0) root[find(indexById[m->id])] = find(k);
+      }
+    }
+    std::vector<std::size_t> number(n, n);
+    plan.group.assign(n, 0);
+    plan.groupSize.clear();
+    for (std::size_t k = 0; k < n; ++k) {
+      const std::size_t r = find(k);
+      if (number[r] == n) {
+        number[r] = plan.groupSize.size();
+        plan.groupSize.push_back(0);
+      }
+      plan.group[k] = number[r];
+      ++plan.groupSize[number[r]];
+    }
+  }
+
+  // Runs f(part) for every part below `parts`, part 0 on this thread, and
+  // returns when all are done.
+  template <class F>
+  static void OnThreads(std::size_t parts, F f) {
+    std::vector<std::thread> workers;
+    for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, k);
+    f(std::size_t{0});
+    for (std::thread& w : workers) w.join();
+  }
+
+  // Recompute's bits in phases; within a phase each thread writes only the
+  // points of its own share. (1) The points left to the getters are reset;
+  // (2) every head outside stacks with muscle data gets its screen position
+  // (kept beside its model position in the plan); (3) every other point gets
+  // its values from those (RefreshPlainPoint); (4) the points left to the
+  // getters go through them as in Pass, whole groups to a thread, each in
+  // figure order, finding the others' values cached.
+  void RefreshWhole(int threads) {
+    StartWhole();
+    if (!plan.fresh || plan.muscle != muscle) MakePlan();
+    const std::size_t parts =
+        std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
+    const Matrix& screen = view.screenMatrix;
+    const Matrix& inverse = view.inverseScreenMatrix;
+    // Share `part` of n items.
+    auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
+    OnThreads(parts, [&](std::size_t part) {
+      const std::size_t lazy = plan.lazy.size();
+      for (std::size_t k = first(lazy, part); k < first(lazy, part + 1); ++k) Reset(plan.lazy[k].second);
+    });
+    OnThreads(parts, [&](std::size_t part) {
+      const std::size_t heads = plan.heads.size();
+      for (std::size_t k = first(heads, part); k < first(heads, part + 1); ++k) {
+        plan.screenAt[k] = detail::RefreshHeadScreen(plan.heads[k], screen);
+        plan.modelAt[k] = plan.heads[k]->p;
+      }
+    });
+    OnThreads(parts, [&](std::size_t part) {
+      const std::size_t plain = plan.plain.size();
+      for (std::size_t k = first(plain, part); k < first(plain, part + 1); ++k) {
+        const std::size_t at = plan.plain[k];
+        SegmentCP* c = flat[at];
+        detail::RefreshPlainPoint(c, plan.slots[k], plan.screenAt.data(), plan.modelAt.data(), screen, inverse,
+                                  muscle);
+        if (muscle) {
+          const PointId id = flatIds[at];
+          musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] = c->head->p;
+        }
+      }
+    });
+    // Whole groups to each thread, by their running point count; each
+    // thread's points in figure order.
+    std::vector<std::size_t> partOf(plan.groupSize.size());
+    std::size_t counted = 0;
+    for (std::size_t g = 0; g < partOf.size(); ++g) {
+      partOf[g] = plan.lazy.empty() ? 0 : counted * parts / plan.lazy.size();
+      counted += plan.groupSize[g];
+    }
+    std::vector<Ordered> orders(parts);
+    for (std::size_t k = 0; k < plan.lazy.size(); ++k) orders[partOf[plan.group[k]]].push_back(plan.lazy[k]);
+    OnThreads(parts, [&](std::size_t part) { Derive(orders[part], {}, &plan.lazyById); });
   }
 
   // The muscle placement of a carrier's run, through its first hook.
@@ -678,7 +901,7 @@ void Figure::SetScreen(const Matrix& screen, const Matrix& inverse) {
   if (!Finite(screen) || !Finite(inverse)) throw FigureError("screen: matrices must be finite");
   impl_->view.screenMatrix = screen;
   impl_->view.inverseScreenMatrix = inverse;
-  impl_->Touched();
+  impl_->Restaled();
 }
 
 void Figure::SetView(const Matrix& view) {
@@ -697,7 +920,7 @@ void Figure::SetScreen(const Matrix& screen) {
 void Figure::SetMuscleMode(bool on) {
   impl_->muscle = on;
   impl_->cache.mode = on ? kMuscleMode : 0;
-  impl_->Touched();
+  impl_->Restaled();
 }
 
 int Figure::SplineCount() const { return static_cast<int>(impl_->splines.size()); }
@@ -790,8 +1013,14 @@ std::vector<Bezier> Figure::HookPieces(PointId carrier, Space space) {
   return pieces;
 }
 
-void Figure::RefreshAll(Space space) {
+void Figure::RefreshAll(Space space, int threads) {
   if (space == Space::kMuscle && !impl_->muscle) throw FigureError("muscle space needs muscle mode");
+  if (threads < 1) throw FigureError("threads must be at least 1");
+  if (impl_->whole) {
+    impl_->RefreshWhole(threads);
+    impl_->whole = impl_->local = false;
+    impl_->reach = detail::Reach{};
+  }
   impl_->Canonicalize();
 }
 

@@ -7,6 +7,7 @@
 #define SPLINECORE_SRC_TANGENTS_TANGENT_RULE_H
 
 #include "splinecore/geometry.h"
+#include "splinecore/segment_cp.h"
 
 namespace splinecore::detail {
 
@@ -110,6 +111,29 @@ inline int HalfChords(const Vector& P, const Vector* A, const Vector* B, Vector*
   }
   WriteNormals(inNormal, outNormal, it->Cross(*ot));
   return 1;
+}
+
+// The rule for non-hook c, its case chosen from c's smoothness and
+// neighbours: `position(x, role)` gives the position of x, asked for c
+// (role 0), prev (1) and next (2) when present, then for the second
+// neighbour (3) only when an open end's case reads it. GetTangents and the whole-figure refresh run this.
+template <class Position>
+inline int TangentRule(SegmentCP* c, Position position, Vector* it, Vector* ot, Vector* inNormal, Vector* outNormal) {
+  SegmentCP* prev = c->prev;
+  SegmentCP* next = c->next;
+  const Vector P = position(c, 0);
+  Vector A = kZeroVector;
+  Vector B = kZeroVector;
+  if (prev != nullptr) A = position(prev, 1);
+  if (next != nullptr) B = position(next, 2);
+  if (c->IsSmooth()) {
+    if (prev != nullptr && next != nullptr) return SmoothInterior(P, A, B, it, ot, inNormal, outNormal);
+    if (prev == nullptr && next != nullptr && next->next != nullptr)
+      return SmoothNoPrev(P, B, position(next->next, 3), it, ot, inNormal, outNormal);
+    if (next == nullptr && prev != nullptr && prev->prev != nullptr)
+      return SmoothNoNext(P, A, position(prev->prev, 3), it, ot, inNormal, outNormal);
+  }
+  return HalfChords(P, prev != nullptr ? &A : nullptr, next != nullptr ? &B : nullptr, it, ot, inNormal, outNormal);
 }
 
 }  // namespace splinecore::detail

@@ -104,9 +104,47 @@ void Edit(Figure& f, int step) {
   }
 }
 
+// A grid of n x n crossing splines stacked at every crossing (some closed,
+// some peaked, some turned), hook splines on some row segments, and muscle
+// offsets on a few points: big enough (over 4096 points at n = 46) to be
+// split across threads, with points far from any hook or muscle data beside
+// points next to them.
+FigureDescription Grid(int n) {
+  FigureDescription d;
+  auto at = [](int r, int c) { return Vector(c + 0.1f * std::sin(0.7f * r), static_cast<float>(r), 0.05f * c); };
+  for (int line = 0; line < 2 * n; ++line) {
+    SplineDesc s;
+    s.closed = line % 10 == 9;
+    for (int i = 0; i < n; ++i) {
+      PointDesc p{line < n ? at(line, i) : at(i, line - n)};
+      p.smooth = (line + i) % 11 != 3;
+      if ((line * n + i) % 7 == 0) p.in = Delta{5.0f, 3.0f, 1.0f}, p.out = Delta{0.0f, -4.0f, 1.25f};
+      s.points.push_back(p);
+    }
+    d.splines.push_back(s);
+  }
+  for (int r = 0; r < n; ++r)
+    for (int c = 0; c < n; ++c) {
+      d.stacks.push_back({PointId{r, c}, PointId{n + c, r}});
+      if (c % 10 != 5 || c + 1 == n) continue;
+      SplineDesc hook;
+      hook.points = {PointDesc{at(r, c) + Vector(0.5f, 0.3f, 0.0f)}, PointDesc{}};
+      hook.points[1].hook = true;
+      hook.points[1].s = 0.25f * (1 + r % 3);
+      d.hooks.push_back(HookDesc{PointId{static_cast<int>(d.splines.size()), 1}, PointId{r, c}});
+      d.splines.push_back(hook);
+    }
+  for (int k = 1; k < 4; ++k) d.muscleEffects.push_back(MuscleEffectDesc{PointId{k * n / 4, k}, Vector(0.2f, -0.1f, 0.0f), nullptr});
+  d.view = d.inverseView = Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+  d.screen = Matrix{{{37.6f, -11.8f, 0, 300}, {11.8f, 37.6f, 0, -200}, {0, 0, 40, 10}}};
+  d.inverseScreen = Matrix{{{0.0235f, 0.0074f, 0, -5.57f}, {-0.0074f, 0.0235f, 0, 6.92f}, {0, 0, 0.025f, -0.25f}}};
+  return d;
+}
+
 TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
-  const std::vector<FigureDescription> figures = SharedFigures();
+  std::vector<FigureDescription> figures = SharedFigures();
   ASSERT_GE(figures.size(), 4u);
+  figures.push_back(Grid(46));
   for (std::size_t k = 0; k < figures.size(); ++k) {
     Figure eager(figures[k]), lazy(figures[k]);
     for (int step = 0; step < 4; ++step) {
@@ -114,7 +152,8 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
         Edit(eager, step - 1);
         Edit(lazy, step - 1);
       }
-      eager.RefreshAll(eager.MuscleMode() ? Space::kMuscle : Space::kScreen);
+      // Any number of threads gives the same bits.
+      eager.RefreshAll(eager.MuscleMode() ? Space::kMuscle : Space::kScreen, step == 1 ? 3 : step == 2 ? 2 : 1);
       const std::vector<std::uint32_t> refreshed = Members(eager);
       AskRawGetters(eager);
       EXPECT_EQ(FirstDifference(Members(eager), refreshed), refreshed.size()) << "figure " << k << ", step " << step;
@@ -124,6 +163,7 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
   }
   Figure plain;
   EXPECT_THROW(plain.RefreshAll(Space::kMuscle), FigureError);
+  EXPECT_THROW(plain.RefreshAll(Space::kScreen, 0), FigureError);
 }
 
 TEST(SplineLengths, AnyNumberOfThreadsGivesEachSplineLengthsBits) {

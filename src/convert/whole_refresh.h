@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// The eager steps of the whole-figure refresh (internal): the values the
+// lazy getters leave in a point that no hook and no muscle data can reach,
+// written directly. Such a point's values depend only on model positions,
+// its own deltas and the screen transforms, and asking for them changes no
+// other point, so the order in which the getters would have asked does not
+// show. Each step writes only the point it is given.
+#ifndef SPLINECORE_SRC_CONVERT_WHOLE_REFRESH_H
+#define SPLINECORE_SRC_CONVERT_WHOLE_REFRESH_H
+
+#include "convert/apply_delta.h"
+#include "splinecore/host.h"
+#include "tangents/tangent_rule.h"
+
+namespace splinecore::detail {
+
+// Flags that record derived state: a freshly built point has none of them.
+inline constexpr std::uint32_t kDerivedFlags = cpflag::modelCaches | cpflag::screenCaches | cpflag::mpCached |
+                                               cpflag::mitCached | cpflag::motCached | cpflag::converted |
+                                               cpflag::mconverted | cpflag::muscleMoved;
+
+inline constexpr float kHandleInThird = -0.3333333432674408f;
+inline constexpr float kHandleOutThird = 0.3333333432674408f;
+
+// A non-hook head without muscle data: its screen position, as Getscreenp
+// leaves it (flag and both stamps current); returned too.
+inline Vector RefreshHeadScreen(SegmentCP* h, const Matrix& screen) {
+  h->screenp = TransformPoint(screen, h->p);
+  h->flags |= cpflag::screenpCached;
+  h->stamp = h->cache->generation;
+  h->screenStamp = h->cache->screenGeneration;
+  return h->screenp;
+}
+
+// Where RefreshPlainPoint reads positions: per point, the slots of the
+// heads of c, prev, next and the second neighbour an open end reads (slot
+// order as TangentRule's roles), in the arrays of the heads' screen and
+// model positions.
+struct PlainSlots {
+  std::uint32_t head[4];
+};
+
+// Every derived member of a non-hook c whose neighbours and second
+// neighbours are no hooks and whose stacks, and theirs, hold no muscle data,
+// after its head and theirs went through RefreshHeadScreen (their screen
+// and model positions also in `screenAt` and `modelAt` at the slots): the
+// model tangents found in screen space (Convert), the screen handles and,
+// in muscle mode, the muscle handles (MConvert, then the handle points),
+// with the flags and stamps the getters leave.
+inline void RefreshPlainPoint(SegmentCP* c, const PlainSlots& slots, const Vector* screenAt, const Vector* modelAt,
+                              const Matrix& screen, const Matrix& inverse, bool muscle) {
+  const bool isHead = c->head == c;
+  Vector it = kZeroVector;
+  Vector ot = kZeroVector;
+  TurnedTangents(c->indelta, c->outdelta, it, ot, [&](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
+    return TangentRule(c, [&](SegmentCP*, int role) { return screenAt[slots.head[role]]; }, t1, t2, n1, n2);
+  });
+  TransformDirection(inverse, ot);
+  TransformDirection(inverse, it);
+  const Vector at = modelAt[slots.head[0]];
+  c->it = it;
+  c->ot = ot;
+  c->screenit = TransformPoint(screen, it * kHandleInThird + at);
+  c->screenot = TransformPoint(screen, ot * kHandleOutThird + at);
+  std::uint32_t flags = (c->flags & ~kDerivedFlags) | cpflag::itCached | cpflag::otCached | cpflag::converted |
+                        cpflag::screenitCached | cpflag::screenotCached;
+  if (isHead) {
+    flags |= cpflag::screenpCached;
+  } else {
+    c->screenp = kZeroVector;
+  }
+  Vector mit = kZeroVector;
+  Vector mot = kZeroVector;
+  if (muscle) {
+    TurnedTangents(c->indelta, c->outdelta, mit, mot, [&](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
+      return TangentRule(c, [&](SegmentCP*, int role) { return modelAt[slots.head[role]]; }, t1, t2, n1, n2);
+    });
+    mit = mit * kHandleInThird + at;
+    mot = mot * kHandleOutThird + at;
+    flags |= cpflag::mconverted | cpflag::mitCached | cpflag::motCached;
+  }
+  c->mit = mit;
+  c->mot = mot;
+  c->flags = flags;
+  c->stamp = c->cache->generation;
+  c->screenStamp = c->cache->screenGeneration;
+}
+
+}  // namespace splinecore::detail
+
+#endif
