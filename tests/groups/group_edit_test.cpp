@@ -89,7 +89,15 @@ void MoveStack(FigureDescription& d, PointId p) {
 
 TEST(GroupEdit, MovesAndTurnsOfListedPointsLeaveNothingStale) {
   // MoveGroup moves the whole stack of a listed point, whichever member.
-  ForEveryPoint([](SegmentCP*, GroupNode* list) { MoveGroup(list, kBy); }, MoveStack);
+  // It touches with mode 0: `touched` stays clear on the stack and its neighbours.
+  ForEveryPoint(
+      [](SegmentCP* c, GroupNode* list) {
+        MoveGroup(list, kBy);
+        for (SegmentCP* x = c->head; x != nullptr; x = x->stackNext)
+          for (SegmentCP* y : {x, x->next, x->next != nullptr ? x->next->next : nullptr, x->prev})
+            EXPECT_TRUE(y == nullptr || !y->IsTouched());
+      },
+      MoveStack);
   // A host's own move, then ConvertGroup; and a turn.
   ForEveryPoint(
       [](SegmentCP* c, GroupNode* list) {
