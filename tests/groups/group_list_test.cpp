@@ -1,93 +1,71 @@
-// Group lists: membership, order, duplicates, the grouped flag, and what
-// happens when the memory services give no node.
-#include <vector>
-
+// Group lists: order, duplicates, the grouped flag, a failed allocation,
+// and stack-wide lookup.
 #include <gtest/gtest.h>
 
-#include "figure_test.h"
+#include <vector>
+
+#include "marrow/marrow.h"
+#include "splinecore/splinecore.h"
 
 namespace splinecore {
 namespace {
 
-using Members = std::vector<SegmentCP*>;
-using test::Listed;
-
-class GroupListTest : public ::testing::Test {
- protected:
-  void TearDown() override {
-    FreeGroup(&list_);
-    MarrowFailAfter(-1);
-    for (SegmentCP* cp : fresh_) delete cp;
-    EXPECT_EQ(MarrowLiveBlocks(), live_);
+// Control points in zero-filled blocks, as a host makes them.
+struct Fresh {
+  SegmentCP &a = *new SegmentCP(), &b = *new SegmentCP(), &c = *new SegmentCP(), &d = *new SegmentCP();
+  ~Fresh() {
+    for (SegmentCP* x : {&a, &b, &c, &d}) delete x;
   }
-  // A control point in a zero-filled block, as a host makes them.
-  SegmentCP& Fresh() {
-    fresh_.push_back(new SegmentCP());
-    return *fresh_.back();
-  }
-  long live_ = MarrowLiveBlocks();
-  GroupNode* list_ = nullptr;
-  std::vector<SegmentCP*> fresh_;
-  SegmentCP& a_ = Fresh();
-  SegmentCP& b_ = Fresh();
-  SegmentCP& c_ = Fresh();
 };
 
-TEST_F(GroupListTest, AddAppendsOnceAndMarksOnRequest) {
-  EXPECT_EQ(a_.AddToGroup(&list_, 0), 1);
-  EXPECT_EQ(b_.AddToGroup(&list_, 1), 1);
-  EXPECT_EQ(a_.AddToGroup(&list_, 1), 1);  // already listed: nothing changes
-  EXPECT_EQ(Listed(list_), (Members{&a_, &b_}));
-  EXPECT_FALSE(a_.IsGrouped());
-  EXPECT_TRUE(b_.IsGrouped());
+std::vector<SegmentCP*> Listed(const GroupNode* list) {
+  std::vector<SegmentCP*> out;
+  for (; list != nullptr; list = list->next) out.push_back(list->cp);
+  return out;
 }
 
-TEST_F(GroupListTest, NoCheckPrependsDuplicatesWithoutFlag) {
-  a_.AddToGroup(&list_, 1);
-  EXPECT_EQ(b_.AddToGroupNoCheck(&list_), 1);
-  EXPECT_EQ(b_.AddToGroupNoCheck(&list_), 1);
-  EXPECT_EQ(Listed(list_), (Members{&b_, &b_, &a_}));
-  EXPECT_FALSE(b_.IsGrouped());
+TEST(GroupList, AddAppendsOnceNoCheckPrependsDeleteTakesTheFirstNode) {
+  const long live = MarrowLiveBlocks();
+  {
+    Fresh fresh;
+    SegmentCP &a = fresh.a, &b = fresh.b, &c = fresh.c;
+    GroupNode* list = nullptr;
+    EXPECT_EQ(a.AddToGroup(&list, 0), 1);
+    EXPECT_EQ(b.AddToGroup(&list, 1), 1);
+    EXPECT_EQ(a.AddToGroup(&list, 1), 1);  // listed already: no node, no flag
+    EXPECT_EQ(Listed(list), (std::vector<SegmentCP*>{&a, &b}));
+    EXPECT_TRUE(!a.IsGrouped() && b.IsGrouped());
+    EXPECT_EQ(c.AddToGroupNoCheck(&list), 1);
+    EXPECT_EQ(c.AddToGroupNoCheck(&list), 1);
+    EXPECT_FALSE(c.IsGrouped());
+    EXPECT_EQ(Listed(list), (std::vector<SegmentCP*>{&c, &c, &a, &b}));
+    c.OnGrouped();
+    EXPECT_EQ(c.DeleteFromGroup(&list), 1);
+    EXPECT_FALSE(c.IsGrouped());  // cleared although c is still listed
+    EXPECT_EQ(b.DeleteFromGroup(&list), 1);  // the last node
+    EXPECT_EQ(Listed(list), (std::vector<SegmentCP*>{&c, &a}));
+    b.OnGrouped();
+    EXPECT_EQ(b.DeleteFromGroup(&list), 0);
+    EXPECT_TRUE(b.IsGrouped());  // not listed: flag kept
+
+    MarrowFailAfter(0);  // no memory: nothing added, no flag
+    EXPECT_EQ(b.AddToGroupNoCheck(&list), 0);
+    EXPECT_EQ(b.AddToGroup(&list, 1), 1);
+    MarrowFailAfter(-1);
+    b.OffGrouped();
+    EXPECT_EQ(b.AddToGroup(&list, 1), 1);
+    EXPECT_EQ(Listed(list), (std::vector<SegmentCP*>{&c, &a, &b}));
+    a.OnGrouped();
+    FreeGroup(&list);
+    EXPECT_EQ(list, nullptr);
+    EXPECT_TRUE(a.IsGrouped() && b.IsGrouped());  // flags stay
+  }
+  EXPECT_EQ(MarrowLiveBlocks(), live);
 }
 
-TEST_F(GroupListTest, DeleteRemovesTheFirstNodeOnlyAndClearsTheFlag) {
-  a_.AddToGroup(&list_, 0);
-  b_.AddToGroupNoCheck(&list_);
-  b_.AddToGroupNoCheck(&list_);
-  b_.OnGrouped();
-  EXPECT_EQ(b_.DeleteFromGroup(&list_), 1);
-  EXPECT_EQ(Listed(list_), (Members{&b_, &a_}));
-  EXPECT_FALSE(b_.IsGrouped());  // cleared although b is still listed
-  c_.OnGrouped();
-  EXPECT_EQ(c_.DeleteFromGroup(&list_), 0);
-  EXPECT_TRUE(c_.IsGrouped());  // not listed: flag unchanged
-  EXPECT_EQ(a_.DeleteFromGroup(&list_), 1);  // the last node
-  EXPECT_EQ(Listed(list_), (Members{&b_}));
-}
-
-TEST_F(GroupListTest, FreeGroupEmptiesTheListAndKeepsFlags) {
-  a_.AddToGroup(&list_, 1);
-  b_.AddToGroup(&list_, 1);
-  FreeGroup(&list_);
-  EXPECT_EQ(list_, nullptr);
-  EXPECT_TRUE(a_.IsGrouped());
-  EXPECT_TRUE(b_.IsGrouped());
-}
-
-TEST_F(GroupListTest, NoMemoryLeavesTheListAsItWas) {
-  a_.AddToGroup(&list_, 1);
-  MarrowFailAfter(0);
-  EXPECT_EQ(b_.AddToGroupNoCheck(&list_), 0);
-  EXPECT_EQ(b_.AddToGroup(&list_, 1), 1);
-  MarrowFailAfter(-1);
-  EXPECT_EQ(Listed(list_), (Members{&a_}));
-  EXPECT_FALSE(b_.IsGrouped());
-}
-
-TEST_F(GroupListTest, AnyGroupedLooksFromTheHeadDown) {
-  SegmentCP& top = Fresh();
-  SegmentCP& middle = Fresh();
-  SegmentCP& bottom = Fresh();
+TEST(GroupList, AnyGroupedLooksFromTheHeadDown) {
+  Fresh fresh;
+  SegmentCP &top = fresh.a, &middle = fresh.b, &bottom = fresh.c, &loner = fresh.d;
   top.stackNext = &middle;
   middle.stackPrev = &top;
   middle.stackNext = &bottom;
@@ -96,11 +74,9 @@ TEST_F(GroupListTest, AnyGroupedLooksFromTheHeadDown) {
   EXPECT_EQ(middle.IsAnyGrouped(), 0);
   bottom.OnGrouped();
   EXPECT_EQ(top.IsAnyGrouped(), 1);
-  EXPECT_EQ(bottom.IsAnyGrouped(), 1);
   bottom.OffGrouped();
   top.OnGrouped();
   EXPECT_EQ(bottom.IsAnyGrouped(), 1);  // the head counts for every member
-  SegmentCP& loner = Fresh();
   loner.head = nullptr;
   loner.OnGrouped();
   EXPECT_EQ(loner.IsAnyGrouped(), 0);
