@@ -9,11 +9,10 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "figure_corpus.h"
 #include "splinecore/figure.h"
 #include "splinecore/figure_file.h"
 #include "splinecore/segment_cp.h"
@@ -21,67 +20,18 @@
 namespace splinecore {
 namespace {
 
-std::vector<std::filesystem::path> Corpus() {
-  std::vector<std::filesystem::path> out;
-  for (const auto& e : std::filesystem::directory_iterator(std::filesystem::path(SPLINECORE_SOURCE_DIR) / "tests/figures"))
-    out.push_back(e.path());
-  return out;
-}
-
-FigureDescription Load(const std::filesystem::path& path) {
-  std::ifstream in(path);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return ReadFigureFile(text.str());
-}
-
 bool Same(const Vector& a, const Vector& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 double Distance(const Vector& a, const Vector& b) { return std::sqrt((a - b).Dot(a - b)); }
 double Size(const Vector& a) { return std::sqrt(a.Dot(a)); }
-
-std::vector<Space> Spaces(const Figure& f) {
-  if (f.MuscleMode()) return {Space::kModel, Space::kScreen, Space::kMuscle};
-  return {Space::kModel, Space::kScreen};
-}
 
 PointId Next(Figure& f, PointId p) {
   return PointId{p.spline, p.index + 1 < f.PointCount(p.spline) ? p.index + 1 : 0};
 }
 
-// Every answer the figure gives, as bits, with the SVG paths.
-std::vector<std::uint32_t> Answers(Figure& f, std::string* svg) {
-  std::vector<float> out;
-  auto put = [&out](const Vector& v) { out.insert(out.end(), {v.x, v.y, v.z}); };
-  for (int s = 0; s < f.SplineCount(); ++s) {
-    out.push_back(f.SplineLength(s));
-    for (const PointOnSpline& p : f.PointsAtLengths(s, {0.0f, 0.7f, 2.5f, 1e4f})) {
-      put(p.position);
-      put(p.direction);
-    }
-    for (const Vector& v : f.Sample(s, 3)) put(v);
-    for (Space space : Spaces(f)) *svg += f.SvgPath(s, space) + "\n";
-    for (int i = 0; i < f.PointCount(s); ++i) {
-      const PointId p{s, i};
-      for (Space space : Spaces(f)) {
-        put(f.Position(p, space));
-        if (!f.OwnsSegment(p)) continue;
-        const Bezier b = f.Segment(p, space);
-        for (const Vector& v : {b.p0, b.h0, b.h1, b.p1}) put(v);
-        for (const Bezier& piece : f.HookPieces(p, space))
-          for (const Vector& v : {piece.p0, piece.h0, piece.h1, piece.p1}) put(v);
-      }
-      if (f.OwnsSegment(p)) out.push_back(f.SegmentLength(p));
-    }
-  }
-  std::vector<std::uint32_t> bits(out.size());
-  std::memcpy(bits.data(), out.data(), out.size() * sizeof(float));
-  return bits;
-}
-
 class CorpusFigure : public ::testing::TestWithParam<std::filesystem::path> {};
 
 TEST_P(CorpusFigure, SegmentsLengthsAndWalks) {
-  const FigureDescription d = Load(GetParam());
+  const FigureDescription d = test::LoadFigure(GetParam());
   Figure f(d);
   EXPECT_TRUE(f.Validate().empty());
   for (int s = 0; s < f.SplineCount(); ++s) {
@@ -92,7 +42,7 @@ TEST_P(CorpusFigure, SegmentsLengthsAndWalks) {
       SCOPED_TRACE(std::to_string(s) + ":" + std::to_string(i));
       if (!f.OwnsSegment(p)) continue;
       ++segments;
-      for (Space space : Spaces(f)) {
+      for (Space space : test::Spaces(f)) {
         const Bezier b = f.Segment(p, space);
         EXPECT_TRUE(Same(b.p0, f.Position(Next(f, p), space)) && Same(b.p1, f.Position(p, space)));
         // Hook pieces cut the segment in run order, joined at the hooks.
@@ -146,16 +96,16 @@ TEST_P(CorpusFigure, SegmentsLengthsAndWalks) {
 }
 
 TEST_P(CorpusFigure, DescriptionsAndReversalsKeepTheBits) {
-  const FigureDescription d = Load(GetParam());
+  const FigureDescription d = test::LoadFigure(GetParam());
   Figure f(d);
   const std::string text = WriteFigureFile(f.Describe());  // hook parameters snapped
   std::string svg;
-  const std::vector<std::uint32_t> answers = Answers(f, &svg);
+  const std::vector<std::uint32_t> answers = test::Answers(f, &svg);
   // Written and read back, and rebuilt from its own description after queries.
   EXPECT_EQ(WriteFigureFile(ReadFigureFile(text)), text);
   Figure again(f.Describe());
   std::string svgAgain;
-  EXPECT_EQ(Answers(again, &svgAgain), answers);
+  EXPECT_EQ(test::Answers(again, &svgAgain), answers);
   EXPECT_EQ(svgAgain, svg);
   EXPECT_EQ(WriteFigureFile(f.Describe()), text);
   // Each spline reversed: its points in the other order; reversed again, the
@@ -172,7 +122,7 @@ TEST_P(CorpusFigure, DescriptionsAndReversalsKeepTheBits) {
     }
     r.Reverse(s);
     std::string svgBack;
-    EXPECT_EQ(Answers(r, &svgBack), answers) << "spline " << s;
+    EXPECT_EQ(test::Answers(r, &svgBack), answers) << "spline " << s;
     EXPECT_EQ(svgBack, svg);
     EXPECT_EQ(WriteFigureFile(r.Describe()), text);
   }
@@ -184,7 +134,7 @@ TEST_P(CorpusFigure, DescriptionsAndReversalsKeepTheBits) {
 // half of their rounding). Open ends mirror and limit their neighbour's
 // tangent, and hooks follow their partners: neither is linear in it.
 TEST_P(CorpusFigure, HalvedMagnitudesHalveTheTangents) {
-  FigureDescription d = Load(GetParam());
+  FigureDescription d = test::LoadFigure(GetParam());
   d.muscleMode = false;
   Figure whole(d);
   for (SplineDesc& spline : d.splines)
@@ -204,7 +154,7 @@ TEST_P(CorpusFigure, HalvedMagnitudesHalveTheTangents) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Figures, CorpusFigure, ::testing::ValuesIn(Corpus()), [](const auto& info) {
+INSTANTIATE_TEST_SUITE_P(Figures, CorpusFigure, ::testing::ValuesIn(test::FigureFiles("tests/figures")), [](const auto& info) {
   return info.param.stem().string();
 });
 

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "figure_corpus.h"
 #include "marrow/marrow.h"
 
 namespace splinecore {
@@ -137,48 +138,10 @@ TEST_P(FigureFileRejects, WithLineAndReasonAndNothingKept) {
 INSTANTIATE_TEST_SUITE_P(Cases, FigureFileRejects, ::testing::ValuesIn(kBadFiles),
                          [](const auto& info) { return std::string(info.param.name); });
 
-std::vector<std::uint32_t> Bits(const std::vector<float>& values) {
-  std::vector<std::uint32_t> bits(values.size());
-  if (!values.empty()) std::memcpy(bits.data(), values.data(), values.size() * sizeof(float));
-  return bits;
-}
-
-// Every answer a figure gives in model and screen space, and its lengths.
-std::vector<float> Answers(Figure& f) {
-  std::vector<float> out;
-  for (int s = 0; s < f.SplineCount(); ++s) {
-    out.push_back(f.SplineLength(s));
-    for (int i = 0; i < f.PointCount(s); ++i) {
-      if (!f.OwnsSegment(PointId{s, i})) continue;
-      for (Space space : {Space::kModel, Space::kScreen}) {
-        const Bezier b = f.Segment(PointId{s, i}, space);
-        for (const Vector& v : {b.p0, b.h0, b.h1, b.p1}) out.insert(out.end(), {v.x, v.y, v.z});
-      }
-    }
-  }
-  return out;
-}
-
-std::string Slurp(const std::filesystem::path& path) {
-  std::ifstream in(path);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
 TEST(FigureFile, WritingAndReadingBackKeepsEveryBit) {
   // The shared figures that load, and one built here with values that print
   // long: -0, a denormal, thirds, a hook parameter off the snap points.
-  std::vector<FigureDescription> figures;
-  for (const char* dir : {"examples/figures", "fuzz/corpus/figure_file"}) {
-    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(SPLINECORE_SOURCE_DIR) / dir)) {
-      try {
-        figures.push_back(ReadFigureFile(Slurp(entry.path())));
-      } catch (const FigureFileError&) {
-        // The corpus holds broken files on purpose.
-      }
-    }
-  }
+  std::vector<FigureDescription> figures = test::SharedFigures();
   ASSERT_GE(figures.size(), 4u);
   Figure built;
   SplineDesc s;
@@ -200,7 +163,7 @@ TEST(FigureFile, WritingAndReadingBackKeepsEveryBit) {
     const FigureDescription back = ReadFigureFile(text);
     EXPECT_EQ(WriteFigureFile(back), text);
     Figure a(d), b(back);
-    EXPECT_EQ(Bits(Answers(a)), Bits(Answers(b))) << text;
+    EXPECT_EQ(test::Answers(a), test::Answers(b)) << text;
   }
 }
 
