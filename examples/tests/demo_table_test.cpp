@@ -7,7 +7,6 @@
 #include <sstream>
 #include <utility>
 
-#include "marrow/marrow.h"
 #include "scene.h"
 
 namespace splinecore::demo {
@@ -64,16 +63,6 @@ TEST(DemoTable, AgreesWithHandGeometry) {
   // middle chord grows from 4 to |(0.75, 5)| and its top chord from 1.5 to |(-0.75, 0.5)|.
   EXPECT_GT(Named(run.muscle, "right").length, Named(run.model, "right").length + 0.4f);
   EXPECT_FLOAT_EQ(Named(run.muscle, "left").length, Named(run.model, "left").length);
-}
-
-TEST(DemoTable, TheFigureGivesBackEveryBlock) {
-  const long before = MarrowLiveBlocks();
-  {
-    DemoFigure figure = BuiltinFigure();
-    RunDemo(figure);
-    EXPECT_GT(MarrowLiveBlocks(), before);
-  }
-  EXPECT_EQ(MarrowLiveBlocks(), before);
 }
 
 }  // namespace

@@ -22,10 +22,6 @@ TEST(FigureFlags, InIsBitZeroAndLeavesTheOtherBits) {
   c->SetIn(2);
   EXPECT_EQ(flags, 0xF0u);
   EXPECT_FALSE(c->IsIn());
-  c->OnIn();
-  EXPECT_EQ(flags, 0xF1u);
-  c->OffIn();
-  EXPECT_EQ(flags, 0xF0u);
 }
 
 }  // namespace

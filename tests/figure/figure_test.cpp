@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "figure_corpus.h"
 #include "marrow/marrow.h"
 #include "splinecore/measure.h"
 #include "splinecore/segment_cp.h"
@@ -220,43 +221,33 @@ TEST(Figure, SvgPathRunsThroughTheSegmentsInTravelOrder) {
 }
 
 TEST(Figure, PointsAtManyLengthsAreTheBitsOfOneWalkPerLength) {
-  // Random open and closed splines with peaks and turned deltas; lengths at
-  // random, at every segment boundary the walk sums to, at zero and beyond
-  // the end. Each answer must equal PositionDirectionFromSubLength's.
+  // Every spline of the shared figures; lengths at random, at every segment
+  // boundary the walk sums to, at zero and beyond the end, shuffled. Each
+  // answer must equal PositionDirectionFromSubLength's.
   std::mt19937 random(7);
-  std::uniform_real_distribution<float> coordinate(-5.0f, 5.0f);
-  for (int trial = 0; trial < 40; ++trial) {
-    Figure f;
-    SplineDesc d;
-    d.closed = trial % 3 == 0;
-    const int n = 1 + trial % 9 + (d.closed ? 1 : 0);
-    for (int i = 0; i < n; ++i) {
-      PointDesc p;
-      p.at = Vector(coordinate(random), coordinate(random), trial % 2 ? coordinate(random) : 0.0f);
-      p.smooth = random() % 4 != 0;
-      if (random() % 3 == 0) p.in = Delta{15.0f, -30.0f, 1.5f};
-      d.points.push_back(p);
-    }
-    f.AddSpline(d);
-    const float total = f.SplineLength(0);
-    std::vector<float> lengths = {0.0f, total, total * 1.5f + 1.0f};
-    float walked = 0.0f;
-    for (int i = 0; i < n; ++i) {
-      if (!f.OwnsSegment(PointId{0, i})) continue;
-      walked = static_cast<float>(static_cast<double>(walked) + f.SegmentLength(PointId{0, i}));
-      lengths.push_back(walked);
-    }
-    for (int k = 0; k < 20; ++k) lengths.push_back(std::uniform_real_distribution<float>(0.0f, total)(random));
-    std::shuffle(lengths.begin(), lengths.end(), random);
-    const std::vector<PointOnSpline> many = f.PointsAtLengths(0, lengths);
-    ASSERT_EQ(many.size(), lengths.size());
-    for (std::size_t k = 0; k < lengths.size(); ++k) {
-      Vector position, direction(0, 0, 0);
-      PositionDirectionFromSubLength(f.ControlPoint(PointId{0, 0}), lengths[k], &position, &direction);
-      EXPECT_EQ(Bits({many[k].position.x, many[k].position.y, many[k].position.z, many[k].direction.x,
-                      many[k].direction.y, many[k].direction.z}),
-                Bits({position.x, position.y, position.z, direction.x, direction.y, direction.z}))
-          << "trial " << trial << ", length " << lengths[k];
+  for (const FigureDescription& d : test::SharedFigures()) {
+    Figure f(d);
+    for (int s = 0; s < f.SplineCount(); ++s) {
+      const float total = f.SplineLength(s);
+      std::vector<float> lengths = {0.0f, total, total * 1.5f + 1.0f};
+      float walked = 0.0f;
+      for (int i = 0; i < f.PointCount(s); ++i) {
+        if (!f.OwnsSegment(PointId{s, i})) continue;
+        walked = static_cast<float>(static_cast<double>(walked) + f.SegmentLength(PointId{s, i}));
+        lengths.push_back(walked);
+      }
+      for (int k = 0; k < 20; ++k) lengths.push_back(std::uniform_real_distribution<float>(0.0f, total)(random));
+      std::shuffle(lengths.begin(), lengths.end(), random);
+      const std::vector<PointOnSpline> many = f.PointsAtLengths(s, lengths);
+      ASSERT_EQ(many.size(), lengths.size());
+      for (std::size_t k = 0; k < lengths.size(); ++k) {
+        Vector position, direction(0, 0, 0);
+        PositionDirectionFromSubLength(f.ControlPoint(PointId{s, 0}), lengths[k], &position, &direction);
+        EXPECT_EQ(Bits({many[k].position.x, many[k].position.y, many[k].position.z, many[k].direction.x,
+                        many[k].direction.y, many[k].direction.z}),
+                  Bits({position.x, position.y, position.z, direction.x, direction.y, direction.z}))
+            << "spline " << s << ", length " << lengths[k];
+      }
     }
   }
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "figure_corpus.h"
+#include "grid_figure.h"
 #include "splinecore/figure.h"
 #include "splinecore/hooks.h"
 #include "splinecore/segment_cp.h"
@@ -104,47 +105,22 @@ void Edit(Figure& f, int step) {
   }
 }
 
-// A grid of n x n crossing splines stacked at every crossing (some closed,
-// some peaked, some turned), hook splines on some row segments, and muscle
-// offsets on a few points: big enough (over 4096 points at n = 46) to be
-// split across threads, with points far from any hook or muscle data beside
-// points next to them.
-FigureDescription Grid(int n) {
-  FigureDescription d;
-  auto at = [](int r, int c) { return Vector(c + 0.1f * std::sin(0.7f * r), static_cast<float>(r), 0.05f * c); };
-  for (int line = 0; line < 2 * n; ++line) {
-    SplineDesc s;
-    s.closed = line % 10 == 9;
-    for (int i = 0; i < n; ++i) {
-      PointDesc p{line < n ? at(line, i) : at(i, line - n)};
-      p.smooth = (line + i) % 11 != 3;
-      if ((line * n + i) % 7 == 0) p.in = Delta{5.0f, 3.0f, 1.0f}, p.out = Delta{0.0f, -4.0f, 1.25f};
-      s.points.push_back(p);
-    }
-    d.splines.push_back(s);
+// The benchmarks' grid at n = 46 (over 4096 points, enough to be split
+// across threads) with some peaks and muscle offsets: points far from any
+// hook or muscle data beside points next to them.
+FigureDescription Grid() {
+  FigureDescription d = bench::GridDescription(46);
+  for (int k = 1; k < 4; ++k) {
+    d.splines[static_cast<std::size_t>(k * 9)].points[static_cast<std::size_t>(k * 5)].smooth = false;
+    d.muscleEffects.push_back(MuscleEffectDesc{PointId{k * 11, k}, Vector(0.2f, -0.1f, 0.0f), nullptr});
   }
-  for (int r = 0; r < n; ++r)
-    for (int c = 0; c < n; ++c) {
-      d.stacks.push_back({PointId{r, c}, PointId{n + c, r}});
-      if (c % 10 != 5 || c + 1 == n) continue;
-      SplineDesc hook;
-      hook.points = {PointDesc{at(r, c) + Vector(0.5f, 0.3f, 0.0f)}, PointDesc{}};
-      hook.points[1].hook = true;
-      hook.points[1].s = 0.25f * (1 + r % 3);
-      d.hooks.push_back(HookDesc{PointId{static_cast<int>(d.splines.size()), 1}, PointId{r, c}});
-      d.splines.push_back(hook);
-    }
-  for (int k = 1; k < 4; ++k) d.muscleEffects.push_back(MuscleEffectDesc{PointId{k * n / 4, k}, Vector(0.2f, -0.1f, 0.0f), nullptr});
-  d.view = d.inverseView = Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
-  d.screen = Matrix{{{37.6f, -11.8f, 0, 300}, {11.8f, 37.6f, 0, -200}, {0, 0, 40, 10}}};
-  d.inverseScreen = Matrix{{{0.0235f, 0.0074f, 0, -5.57f}, {-0.0074f, 0.0235f, 0, 6.92f}, {0, 0, 0.025f, -0.25f}}};
   return d;
 }
 
 TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
   std::vector<FigureDescription> figures = SharedFigures();
   ASSERT_GE(figures.size(), 4u);
-  figures.push_back(Grid(46));
+  figures.push_back(Grid());
   for (std::size_t k = 0; k < figures.size(); ++k) {
     Figure eager(figures[k]), lazy(figures[k]);
     for (int step = 0; step < 4; ++step) {
@@ -168,16 +144,7 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
 
 TEST(SplineLengths, AnyNumberOfThreadsGivesEachSplineLengthsBits) {
   std::vector<FigureDescription> figures = SharedFigures();
-  FigureDescription wavy;  // enough segments for every thread to get a share
-  for (int s = 0; s < 6; ++s) {
-    SplineDesc d;
-    d.closed = s % 2 == 1;
-    for (int i = 0; i < 200; ++i)
-      d.points.push_back(PointDesc{Vector(static_cast<float>(i), std::sin(0.3f * static_cast<float>(i * (s + 1))), 0.1f * s)});
-    wavy.splines.push_back(d);
-  }
-  wavy.view = wavy.inverseView = wavy.screen = wavy.inverseScreen = Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
-  figures.push_back(wavy);
+  figures.push_back(bench::GridDescription(46));  // enough segments for every thread to get a share
   for (std::size_t k = 0; k < figures.size(); ++k) {
     Figure f(figures[k]);
     std::vector<float> one;
