@@ -41,7 +41,8 @@ inline FigureDescription GridDescription(int n) {
       if (c % 10 != 5 || (c + 1 == n && r % 10 != 9)) continue;
       // A hook at s = 0.5 on the row's segment, on a two-point spline.
       SplineDesc hook;
-      hook.points = {PointDesc{at(r, c) + Vector(0.5f, 0.3f, 0.0f)}, PointDesc{}};
+      hook.points.push_back(PointDesc{at(r, c) + Vector(0.5f, 0.3f, 0.0f)});
+      hook.points.push_back(PointDesc{});  // not a list assignment: GCC 12 -O3 warns falsely
       hook.points[1].hook = true;
       d.hooks.push_back(HookDesc{PointId{static_cast<int>(d.splines.size()), 1}, PointId{r, c}});
       d.splines.push_back(hook);
