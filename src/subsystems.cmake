@@ -14,7 +14,7 @@ splinecore_subsystem(host FILES
 
 splinecore_subsystem(measure FILES
   arc_length.cpp evaluate.cpp
-  batch_length.cpp batch_length.h
+  batch_length.cpp batch_length.h batch_length_avx2.cpp chord_lanes.h
   forward_difference.cpp forward_difference.h
   position_in_segment.cpp position_in_segment.h
   view_cubic.cpp view_cubic.h)

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "measure/forward_difference.h"
 #include "splinecore/measure.h"
 
 namespace splinecore::detail {
@@ -26,6 +27,13 @@ bool LengthKernelRuns(LengthKernel kernel);
 // out[i] = CubicLength(cubics[i]) for i < n, bit for bit, with `kernel`
 // (which must run here).
 void CubicLengths(const Cubic* cubics, std::size_t n, float* out, LengthKernel kernel = BestLengthKernel());
+
+#ifdef SPLINECORE_HAVE_AVX2
+// out[i] = CubicLength(cubics[i]) for i < min(n, 8), eight lanes of AVX2
+// (batch_length_avx2.cpp, compiled for AVX2: call it only where the
+// processor has it).
+void Avx2LaneLengths(const Cubic* cubics, std::size_t n, float* out, const FDSteps& steps);
+#endif
 
 // out[i] = CurveLength(points[i]) for i < n; every point must have a next.
 // The view cubics are read in order, as n calls of CurveLength read them.
