@@ -559,13 +559,23 @@ struct Figure::Impl {
         root[find(k)] = find(0);
         continue;
       }
-      SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr;
-      for (SegmentCP* x : {c, c->prev, c->next, c->prev != nullptr ? c->prev->prev : nullptr,
-                           c->next != nullptr ? c->next->next : nullptr, carrier != nullptr ? carrier->next : nullptr}) {
-        if (x == nullptr) continue;
-        for (SegmentCP* m : StackMembers(x))
-          if (plan.lazyById[m->id] != 0) root[find(indexById[m->id])] = find(k);
+      // What c's getters may write: the stacks within two spline steps of
+      // c and, for a hook, of every member of its carrier's stack and of the
+      // stack at the carrier's next (its run and its partners, whose
+      // conversions read their own neighbours).
+      std::vector<SegmentCP*> seeds{c};
+      if (SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr) {
+        for (SegmentCP* m : StackMembers(carrier)) seeds.push_back(m);
+        if (carrier->next != nullptr)
+          for (SegmentCP* m : StackMembers(carrier->next)) seeds.push_back(m);
       }
+      for (SegmentCP* s : seeds)
+        for (SegmentCP* x : {s, s->prev, s->next, s->prev != nullptr ? s->prev->prev : nullptr,
+                             s->next != nullptr ? s->next->next : nullptr}) {
+          if (x == nullptr) continue;
+          for (SegmentCP* m : StackMembers(x))
+            if (plan.lazyById[m->id] != 0) root[find(indexById[m->id])] = find(k);
+        }
     }
     std::vector<std::size_t> number(n, n);
     plan.group.assign(n, 0);
