@@ -103,6 +103,10 @@ TEST(Figure, PeakAndSmoothChangeTheTangentsAndTheDescription) {
   f.SetSmooth(mid, true);
   EXPECT_TRUE(f.Describe().splines[0].points[1].smooth);
   EXPECT_EQ(f.Segment(mid, Space::kModel).h1, smoothIn.h1);
+  // Deltas reach the description too (the answers follow it: the soak).
+  f.SetDeltas(mid, Delta{10, 0, 1}, Delta{0, -5, 2});
+  const PointDesc turned = f.Describe().splines[0].points[1];
+  EXPECT_TRUE(turned.in.pitch == 10 && turned.out.yaw == -5 && turned.out.magnitude == 2);
 }
 
 // Lifts a point by its spline index plus one.

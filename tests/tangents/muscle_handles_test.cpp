@@ -1,0 +1,97 @@
+// Muscle handle points through the raw getters, in the orders a host may
+// call them: each side converts on its own, a cleared flag never converts a
+// handle twice, and a hook's handles come from its partners (values derived
+// by hand beside each case).
+#include <gtest/gtest.h>
+
+#include "figure_test.h"
+
+namespace splinecore {
+namespace {
+
+using test::ExpectVector;
+using test::TestFigure;
+
+class MuscleHandles : public test::FigureTest {
+ protected:
+  void SetUp() override { f.SetMuscleMode(true); }
+  SegmentCP* CP(float x, float y, std::uint32_t flags = 0) {
+    SegmentCP* c = f.NewCP(Vector(x, y, 0), flags);
+    c->indelta = c->outdelta = Delta{0, 0, 1};
+    return c;
+  }
+};
+
+// Smooth a(0,0) -> c(2,1) -> b(4,0): equal chords, so c's tangents are both
+// (a - b)/2 = (-2,0,0) and its handles c -/+ t/3.
+TEST_F(MuscleHandles, EachSideConvertsAloneAndNeverTwice) {
+  SegmentCP* c = nullptr;
+  f.Open({CP(0, 0, cpflag::smooth), c = CP(2, 1, cpflag::smooth), CP(4, 0, cpflag::smooth)});
+  ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
+  EXPECT_EQ(c->flags & cpflag::motCached, 0u);
+  ExpectVector(c->mot, Vector(-2, 0, 0));  // still the tangent
+  c->p.x += 1;  // the other side converts from the head's position now
+  ExpectVector(c->Getmot(), Vector(2.3333333f, 1, 0));
+  ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
+  c->p.x -= 1;
+  for (int order = 0; order < 3; ++order) {  // after none, one or both getters
+    SCOPED_TRACE(order);
+    c->Touch(0);
+    if (order >= 1) c->Getmit();
+    if (order >= 2) c->Getmot();
+    for (bool outFirst : {true, false}) {
+      c->OffCachedmitot();
+      if (outFirst) ExpectVector(c->Getmot(), Vector(1.3333333f, 1, 0));
+      ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
+      ExpectVector(c->Getmot(), Vector(1.3333333f, 1, 0));
+    }
+  }
+}
+
+// A hook H at s = 0.5 on carrier C(0,b) -> N(3,b); partner X stacked above
+// C with prev (0,b+3), partner Y above N with prev (3,b+6); H sits at the
+// midpoint (1.5,b). X's offsets are (0,0.5,0), Y's (0,1,0). With H's prev at
+// (1.5,b+2) they count as they are: T = 0.5 + (1 - 0.5) * 0.5 = (0,0.75,0),
+// handles (1.5,b) -/+ (0,0.25). With H's prev at (1.5,b-2), below, the
+// in-offsets are taken reversed: T = (0,-0.75,0); at b = 3 the prev's
+// position alone would point up, only its difference to H points down. With
+// the prev beside H, at (3.5,b), the in-offsets are square to it and count
+// as they are. Moving Y's prev to (3,b+12) doubles Y's offset: T =
+// (0,1.25,0), a third of which rounds to 0x1.aaaaacp-2.
+TEST_F(MuscleHandles, AHooksHandlesInterpolateItsPartnersOffsets) {
+  struct Case {
+    float b, prevX, prevY, sign;  // sign: of T's y
+  };
+  for (const Case k : {Case{0, 1.5f, 2, 1}, Case{3, 1.5f, 1, -1}, Case{0, 3.5f, 0, 1}}) {
+    const float b = k.b;
+    TestFigure g;
+    g.SetMuscleMode(true);
+    auto cp = [&g](float x, float y) {
+      SegmentCP* c = g.NewCP(Vector(x, y, 0));
+      c->indelta = c->outdelta = Delta{0, 0, 1};
+      return c;
+    };
+    HookSegmentCP* hook = g.NewHook(0.5f);
+    hook->indelta = hook->outdelta = Delta{0, 0, 1};
+    SegmentCP *carrier = nullptr, *end = nullptr, *x = nullptr, *y = nullptr;
+    g.Open({carrier = cp(0, b), end = cp(3, b)});
+    g.Open({cp(0, b + 3), x = cp(0, b)});
+    g.Open({cp(3, b + 6), y = cp(3, b)});
+    g.Open({cp(k.prevX, k.prevY), hook});
+    TestFigure::Stack({x, carrier, hook});
+    TestFigure::Stack({y, end});
+    for (float third : {0.25f, 0x1.aaaaacp-2f}) {
+      for (int call = 0; call < 2; ++call) {
+        ExpectVector(hook->Getmit(), Vector(1.5f, b - k.sign * third, 0));
+        ExpectVector(hook->Getmot(), Vector(1.5f, b + k.sign * third, 0));
+      }
+      ExpectVector(hook->p, Vector(1.5f, b, 0));
+      if (b != 0) break;  // 3 +/- 0x1.aaaaacp-2 would round: not derived here
+      y->prev->p = Vector(3, b + 12, 0);
+      for (SegmentCP* c : {y, static_cast<SegmentCP*>(hook)}) c->Touch(0);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace splinecore
