@@ -233,39 +233,18 @@ bool FloorMatchesLibrary() {
   return same;
 }
 
-void BM_BareScreenRefresh(benchmark::State& state) {
-  if (!FloorMatchesLibrary()) return state.SkipWithError("the bare loop and the library disagree");
-  Arrays& a = Plain();
-  const Matrix& s = Grid().view().screenMatrix;
-  for (auto _ : state) {
-    BareScreenPositions(a, s);
-    BareScreenHandles(a, s);
-    benchmark::ClobberMemory();
-  }
-  PerPoint(state, a.p.size());
-}
-
-void BM_BareModelRefresh(benchmark::State& state) {
+// The floor of a refresh: screen positions, then the model tangents (a
+// model refresh), the screen handles (a screen refresh) or both (everything
+// a new screen transform stales), on the plain arrays.
+template <bool Tangents, bool Handles>
+void BM_BareRefresh(benchmark::State& state) {
   if (!FloorMatchesLibrary()) return state.SkipWithError("the bare loop and the library disagree");
   Arrays& a = Plain();
   const ViewRecord& v = Grid().view();
   for (auto _ : state) {
     BareScreenPositions(a, v.screenMatrix);
-    BareModelTangents(a, v.inverseScreenMatrix);
-    benchmark::ClobberMemory();
-  }
-  PerPoint(state, a.p.size());
-}
-
-// Everything a new screen transform stales: positions, tangents, handles.
-void BM_BareWholeRefresh(benchmark::State& state) {
-  if (!FloorMatchesLibrary()) return state.SkipWithError("the bare loop and the library disagree");
-  Arrays& a = Plain();
-  const ViewRecord& v = Grid().view();
-  for (auto _ : state) {
-    BareScreenPositions(a, v.screenMatrix);
-    BareModelTangents(a, v.inverseScreenMatrix);
-    BareScreenHandles(a, v.screenMatrix);
+    if (Tangents) BareModelTangents(a, v.inverseScreenMatrix);
+    if (Handles) BareScreenHandles(a, v.screenMatrix);
     benchmark::ClobberMemory();
   }
   PerPoint(state, a.p.size());
@@ -304,16 +283,16 @@ const bool kRegistered = [] {
   const char* model = "Model refresh, 100k cps";
   benchmark::RegisterBenchmark((std::string(screen) + "/splinecore").c_str(), BM_ScreenRefresh)
       ->Unit(benchmark::kMillisecond);
-  benchmark::RegisterBenchmark((std::string(screen) + "/bare loop").c_str(), BM_BareScreenRefresh)
+  benchmark::RegisterBenchmark((std::string(screen) + "/bare loop").c_str(), BM_BareRefresh<false, true>)
       ->Unit(benchmark::kMillisecond);
   benchmark::RegisterBenchmark((std::string(model) + "/splinecore").c_str(), BM_ModelRefresh)
       ->Unit(benchmark::kMillisecond);
-  benchmark::RegisterBenchmark((std::string(model) + "/bare loop").c_str(), BM_BareModelRefresh)
+  benchmark::RegisterBenchmark((std::string(model) + "/bare loop").c_str(), BM_BareRefresh<true, false>)
       ->Unit(benchmark::kMillisecond);
   const char* whole = "Refresh after SetScreen, 100k cps";
   benchmark::RegisterBenchmark((std::string(whole) + "/Figure RefreshAll").c_str(), BM_FigureWholeRefresh)
       ->Unit(benchmark::kMillisecond);
-  benchmark::RegisterBenchmark((std::string(whole) + "/bare loop").c_str(), BM_BareWholeRefresh)
+  benchmark::RegisterBenchmark((std::string(whole) + "/bare loop").c_str(), BM_BareRefresh<true, true>)
       ->Unit(benchmark::kMillisecond);
   // Timed by the wall clock (the ratio table does so for " thread" cases).
   const char* million = "RefreshAll after SetScreen, 10^6 cps";
