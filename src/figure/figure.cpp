@@ -188,9 +188,16 @@ struct Figure::Impl {
     }
   }
 
-  SegmentCP* At(PointId id) const {
+  // The spline of `id`, or a FigureError naming id.
+  const Spline& SplineOf(PointId id) const {
     if (id.spline < 0 || id.spline >= static_cast<int>(splines.size())) Fail(id, "no such spline");
-    const Spline& s = splines[static_cast<std::size_t>(id.spline)];
+    return splines[static_cast<std::size_t>(id.spline)];
+  }
+  Spline& SplineAt(int spline) { return const_cast<Spline&>(SplineOf(PointId{spline, 0})); }
+  const Spline& SplineAt(int spline) const { return SplineOf(PointId{spline, 0}); }
+
+  SegmentCP* At(PointId id) const {
+    const Spline& s = SplineOf(id);
     if (id.index < 0 || id.index >= static_cast<int>(s.points.size())) Fail(id, "no such point on the spline");
     return s.points[static_cast<std::size_t>(id.index)];
   }
@@ -847,8 +854,7 @@ void Figure::SetHookS(PointId hook, float s) {
 }
 
 void Figure::Reverse(int spline) {
-  impl_->At(PointId{spline, 0});
-  Impl::Spline& s = impl_->splines[static_cast<std::size_t>(spline)];
+  Impl::Spline& s = impl_->SplineAt(spline);
   if (!s.closed && s.points.back()->IsHasHooks())
     Fail(PointId{spline, static_cast<int>(s.points.size()) - 1}, "the last point of an open spline carries hooks");
   {
@@ -936,8 +942,7 @@ void Figure::SetMuscleMode(bool on) {
 int Figure::SplineCount() const { return static_cast<int>(impl_->splines.size()); }
 
 const std::string& Figure::SplineName(int spline) const {
-  impl_->At(PointId{spline, 0});
-  return impl_->splines[static_cast<std::size_t>(spline)].name;
+  return impl_->SplineAt(spline).name;
 }
 
 int Figure::FindSpline(const std::string& name) const {
@@ -948,13 +953,11 @@ int Figure::FindSpline(const std::string& name) const {
 }
 
 int Figure::PointCount(int spline) const {
-  impl_->At(PointId{spline, 0});
-  return static_cast<int>(impl_->splines[static_cast<std::size_t>(spline)].points.size());
+  return static_cast<int>(impl_->SplineAt(spline).points.size());
 }
 
 bool Figure::IsClosed(int spline) const {
-  impl_->At(PointId{spline, 0});
-  return impl_->splines[static_cast<std::size_t>(spline)].closed;
+  return impl_->SplineAt(spline).closed;
 }
 
 bool Figure::MuscleMode() const { return impl_->muscle; }
@@ -1177,8 +1180,7 @@ std::vector<Vector> Figure::Sample(int spline, int steps) {
 }
 
 std::string Figure::SvgPath(int spline, Space space) {
-  impl_->At(PointId{spline, 0});
-  const std::vector<SegmentCP*>& points = impl_->splines[static_cast<std::size_t>(spline)].points;
+  const std::vector<SegmentCP*>& points = impl_->SplineAt(spline).points;
   std::string path;
   auto put = [&](char command, std::initializer_list<Vector> at) {
     if (!path.empty()) path += ' ';

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -114,25 +115,40 @@ const BadFile kBadFiles[] = {
      6, "point 0:1: a carrier needs a next point"},
     {"HookHangingNowhere", "{\"splines\": [\n  {\"name\": \"h\", \"points\": [{\"at\": [1, 1]},\n    {\"hook\": 0.25}]}\n]}",
      3, "hook-carrier"},
-    {"TooDeep", "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]", 1, "nesting deeper than 32"},
+    // 33 levels, the first an object, after a string holding brackets and an
+    // escaped quote; 32 levels are parsed (and refused as not an object).
+    {"TooDeep", "{\"s\": \"]\\\"]\", \"t\": [[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]}", 1, "nesting deeper than 32"},
+    {"DeepestAllowed", "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]", 1, "the figure must be an object"},
+    {"ShortDelta", "{\"splines\": [\n  {\"points\": [{\"at\": [0, 0], \"in\": [0, 10]}]}\n]}", 2,
+     "a delta must be [pitch, yaw, magnitude]"},
+    {"TwoRowMatrix", "{\"view\": {\"matrix\": [[1, 0, 0, 0], [0, 1, 0, 0]]},\n \"splines\": [{\"points\": [{\"at\": [0, 0]}]}]}",
+     1, "a matrix must be 3 rows of 4 numbers"},
+    {"StackOfOne", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\"]]}", 4, "a stack must be an array of at least 2"},
+    {"ReferenceNotAPoint", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", true]]}", 4,
+     "a point reference must be \"spline:index\" or [spline, index]"},
+    {"NumericIndexPastTheLimit", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", [0, 60000]]]}", 4,
+     "point index 60000 out of range: spline 0 has 2 points"},
 };
 
 void PrintTo(const BadFile& bad, std::ostream* os) { *os << bad.name; }
 
+void ExpectRefused(const std::string& text, int line, const char* reason) {
+  const long before = MarrowLiveBlocks();
+  try {
+    ReadFigureFile(text);
+    ADD_FAILURE() << "accepted";
+  } catch (const FigureFileError& e) {
+    EXPECT_EQ(e.line(), line) << e.what();
+    EXPECT_NE(e.reason().find(reason), std::string::npos) << e.what();
+    EXPECT_EQ(std::string(e.what()), "line " + std::to_string(line) + ": " + e.reason());
+  }
+  EXPECT_EQ(MarrowLiveBlocks(), before);
+}
+
 class FigureFileRejects : public ::testing::TestWithParam<BadFile> {};
 
 TEST_P(FigureFileRejects, WithLineAndReasonAndNothingKept) {
-  const BadFile& bad = GetParam();
-  const long before = MarrowLiveBlocks();
-  try {
-    ReadFigureFile(bad.text);
-    ADD_FAILURE() << "accepted";
-  } catch (const FigureFileError& e) {
-    EXPECT_EQ(e.line(), bad.line) << e.what();
-    EXPECT_NE(e.reason().find(bad.reason), std::string::npos) << e.what();
-    EXPECT_EQ(std::string(e.what()), "line " + std::to_string(bad.line) + ": " + e.reason());
-  }
-  EXPECT_EQ(MarrowLiveBlocks(), before);
+  ExpectRefused(GetParam().text, GetParam().line, GetParam().reason);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, FigureFileRejects, ::testing::ValuesIn(kBadFiles),
@@ -165,6 +181,14 @@ TEST(FigureFile, WritingAndReadingBackKeepsEveryBit) {
     Figure a(d), b(back);
     EXPECT_EQ(test::Answers(a), test::Answers(b)) << text;
   }
+}
+
+TEST(FigureFile, PointsAreCountedAcrossSplines) {
+  // Two splines of 30,001 points: each alone is allowed, together too many.
+  std::string spline = "{\"points\": [{\"at\": [0, 0]}";
+  for (int i = 1; i < 30001; ++i) spline += ", {\"at\": [0, 0]}";
+  spline += "]}";
+  ExpectRefused("{\"splines\": [" + spline + ",\n" + spline + "]}", 2, "more than 60000 points in all");
 }
 
 TEST(FigureFile, HostEffectsCannotBeWritten) {

@@ -47,7 +47,9 @@ std::vector<std::uint32_t> Bits(const std::vector<float>& values) {
 
 TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   Figure f;
-  f.AddSpline(Line({{0, 0, 0}, {4, 0, 0}}));
+  SplineDesc rail = Line({{0, 0, 0}, {4, 0, 0}});
+  rail.name = "rail";
+  f.AddSpline(rail);
   f.AddSpline(Line({{1, 1, 0}, {2, 2, 0}}));
   SplineDesc withHook = Line({{0, 3, 0}, {1, 3, 0}});
   withHook.points.insert(withHook.points.begin() + 1, Hook(0.5f));
@@ -74,6 +76,18 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { f.Delete(PointId{1, 0}); f.Delete(PointId{1, 0}); }, "the only point of a spline");
   refused([&] { f.Delete(PointId{0, 0}); }, "carries hooks");
   refused([&] { f.AddHook(PointId{2, 1}, PointId{0, 0}); }, "already hangs");
+  refused([&] { f.AddSpline(rail); }, "the spline name 'rail' is taken");
+  // The point is checked before the value.
+  refused([&] { f.AddMuscleOffset(PointId{0, 9}, Vector(NAN, 0, 0)); }, "point 0:9: no such point");
+  refused([&] { f.AddMuscleEffect(PointId{7, 0}, nullptr); }, "point 7:0: no such spline");
+  refused([&] { f.SplineName(3); }, "no such spline");
+  refused([&] { f.SvgPath(-1, Space::kModel); }, "no such spline");
+  const Matrix identity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+  Matrix nan = identity;
+  nan.m[1][3] = NAN;
+  refused([&] { f.SetScreen(identity, nan); }, "matrices must be finite");
+  refused([&] { f.SetScreen(nan); }, "not invertible");
+  refused([&] { f.SetView(nan, identity); }, "matrices must be finite");
   // Spline 1 lost one point to the accepted first Delete above.
   EXPECT_EQ(f.PointCount(1), 1);
   EXPECT_EQ(Bits({f.SplineLength(0)}).front(), before.front());
@@ -118,11 +132,15 @@ class LiftEffect final : public CustomMuscleEffect {
   }
 };
 
-// Doubles the in-tangent.
+// Doubles both tangents.
 class StretchEffect final : public CustomMuscleEffect {
  public:
   int AdjustInDelta(PointId, Delta* delta) const override {
-    delta->magnitude = 2.0f;
+    delta->magnitude *= 2.0f;
+    return 1 | 4;
+  }
+  int AdjustOutDelta(PointId, Delta* delta) const override {
+    delta->magnitude *= 2.0f;
     return 1 | 4;
   }
 };
@@ -157,14 +175,27 @@ TEST(Figure, HostEffectsMoveTheirPointInMuscleModeAndTravelWithTheDescription) {
     EXPECT_EQ(Bits({a.p0.x, a.p0.y, a.h0.x, a.h0.y, a.h1.x, a.h1.y, a.p1.x, a.p1.y}),
               Bits({b.p0.x, b.p0.y, b.h0.x, b.h0.y, b.h1.x, b.h1.y, b.p1.x, b.p1.y}));
   }
+  f.ClearMuscleEffects(PointId{0, 0});  // has none: nothing to clear
+  EXPECT_EQ(f.Describe().muscleEffects.size(), 2u);
   f.ClearMuscleEffects(PointId{1, 1});
   EXPECT_EQ(f.Position(PointId{1, 1}, Space::kModel), Vector(2, 0, 0));
   EXPECT_EQ(f.Describe().muscleEffects.size(), 0u);
-  // A doubled in-delta doubles the in-handle's reach from the point.
-  const Bezier plain = f.Segment(PointId{1, 1}, Space::kModel);
+  // Doubled deltas double the reach of both handles at the point, (2,0,0).
+  auto reaches = [&] {
+    std::vector<float> at;
+    for (int i : {0, 1}) {
+      const Bezier b = f.Segment(PointId{1, i}, Space::kModel);
+      if (b.p0 == Vector(2, 0, 0)) at.push_back(b.h0.x - b.p0.x);
+      if (b.p1 == Vector(2, 0, 0)) at.push_back(b.h1.x - b.p1.x);
+    }
+    return at;
+  };
+  const std::vector<float> plain = reaches();
+  ASSERT_EQ(plain.size(), 2u);
   f.AddMuscleEffect(PointId{1, 1}, std::make_shared<StretchEffect>());
-  const Bezier stretched = f.Segment(PointId{1, 1}, Space::kModel);
-  EXPECT_NEAR(stretched.h1.x - stretched.p1.x, 2 * (plain.h1.x - plain.p1.x), 1e-5f);
+  const std::vector<float> stretched = reaches();
+  ASSERT_EQ(stretched.size(), 2u);
+  for (int k : {0, 1}) EXPECT_NEAR(stretched[k], 2 * plain[k], 1e-5f) << k;
   EXPECT_EQ(lift.use_count(), 3);  // this test's, the description's and the copy's
 }
 

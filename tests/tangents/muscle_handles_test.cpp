@@ -93,5 +93,49 @@ TEST_F(MuscleHandles, AHooksHandlesInterpolateItsPartnersOffsets) {
   }
 }
 
+// A hook on carrier C(0,0) -> N(3,0) at s = 0.5, its prev at (1.5,2):
+// stacked alone under C it has no first partner; with X(0,0) of a third
+// spline below it but nothing stacked at N, no second. Either way every
+// tangent getter answers zero and the screen handles sit on the hook's
+// screen position (the screen doubles x and y); Convert and MConvert write
+// nothing and carry nothing back. Hung on a carrier without a next (X
+// below), the tangents are zero too.
+TEST(HookWithoutPartners, HasNoTangentAndConvertWritesNothing) {
+  for (int missing : {1, 2, 3}) {
+    SCOPED_TRACE(missing);
+    TestFigure g;
+    g.SetMuscleMode(true);
+    g.SetScreen(test::MakeMatrix({2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1, 0}),
+                test::MakeMatrix({0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 1, 0}));
+    SegmentCP* carrier = g.NewCP(Vector(0, 0, 0));
+    HookSegmentCP* hook = g.NewHook(0.5f);
+    if (missing == 3) {
+      g.Open({g.NewCP(Vector(-3, 0, 0)), carrier});
+    } else {
+      g.Open({carrier, g.NewCP(Vector(3, 0, 0))});
+    }
+    g.Open({g.NewCP(Vector(1.5f, 2, 0)), hook});
+    if (missing != 1) {
+      SegmentCP* x = g.NewCP(Vector(0, 0, 0));
+      g.Open({g.NewCP(Vector(0, 3, 0)), x});
+      TestFigure::Stack({carrier, hook, x});
+    } else {
+      TestFigure::Stack({carrier, hook});
+    }
+    const Vector zero(0, 0, 0), stale(7, 7, 7);
+    hook->it = hook->ot = hook->mit = hook->mot = stale;
+    hook->Convert();
+    hook->MConvert();
+    for (const Vector* v : {&hook->it, &hook->ot, &hook->mit, &hook->mot}) ExpectVector(*v, stale);
+    ExpectVector(hook->Getit(), zero);
+    ExpectVector(hook->Getot(), zero);
+    if (missing == 3) continue;
+    ExpectVector(hook->Getmit(), zero);
+    ExpectVector(hook->Getmot(), zero);
+    ExpectVector(hook->Getscreenit(), Vector(3, 0, 0));
+    ExpectVector(hook->Getscreenot(), Vector(3, 0, 0));
+  }
+}
+
 }  // namespace
 }  // namespace splinecore
