@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <new>
 #include <sstream>
 #include <thread>
@@ -203,20 +202,17 @@ struct Figure::Impl {
   }
 
   // The PointId of a control point of this figure ({-1, -1} for another);
-  // the index is rebuilt after each edit.
+  // the index is rebuilt after each change of structure.
   PointId IdOf(const SegmentCP* cp) const {
-    if (!idsFresh) {
-      ids.clear();
+    if (ids.empty()) {
       for (std::size_t i = 0; i < splines.size(); ++i)
         for (std::size_t j = 0; j < splines[i].points.size(); ++j)
           ids[splines[i].points[j]] = PointId{static_cast<int>(i), static_cast<int>(j)};
-      idsFresh = true;
     }
     const auto it = ids.find(cp);
     return it != ids.end() ? it->second : PointId{-1, -1};
   }
-  mutable std::unordered_map<const SegmentCP*, PointId> ids;
-  mutable bool idsFresh = false;
+  mutable std::unordered_map<const SegmentCP*, PointId> ids;  // empty: to be rebuilt
 
   // Room in the muscle table for the point's id.
   void EnsureSlot(std::uint32_t id) {
@@ -238,10 +234,9 @@ struct Figure::Impl {
     EnsureSlot(c->id);
     MuscleCPData*& data = cpData[c->id];
     const bool fresh = data == nullptr;
-    if (fresh) {
+    if (fresh) {  // AllocSeg blocks are zero-filled: no effects, zero deltas
       data = static_cast<MuscleCPData*>(AllocSeg(sizeof(MuscleCPData)));
       if (data == nullptr) throw std::bad_alloc();
-      std::memset(static_cast<void*>(data), 0, sizeof(MuscleCPData));
     }
     void* block = AllocSeg(size);
     if (block == nullptr) {
@@ -270,7 +265,7 @@ struct Figure::Impl {
   // effects): the next query recomputes the whole figure.
   void Touched() {
     Restaled();
-    idsFresh = false;
+    ids.clear();
     flatFresh = false;
     validated = false;
   }
@@ -279,19 +274,15 @@ struct Figure::Impl {
   // (the screen transform, the mode).
   void Restaled() { whole = true; }
 
-  // After the point at `removed` (the control point `gone`) left its
-  // spline: the ids of the points after it move down by one.
-  void Renumbered(PointId removed, const SegmentCP* gone) {
+  // After the point at `removed` left its spline: the ids of the points
+  // after it move down by one.
+  void Renumbered(PointId removed) {
     flatFresh = false;
     const std::size_t spline = static_cast<std::size_t>(removed.spline);
     if (musclePositions.size() == splines.size() &&
         static_cast<std::size_t>(removed.index) < musclePositions[spline].size())
       musclePositions[spline].erase(musclePositions[spline].begin() + removed.index);
-    if (!idsFresh) return;
-    ids.erase(gone);
-    const std::vector<SegmentCP*>& points = splines[spline].points;
-    for (std::size_t j = static_cast<std::size_t>(removed.index); j < points.size(); ++j)
-      ids[points[j]] = PointId{removed.spline, static_cast<int>(j)};
+    ids.clear();
   }
 
   // Local edits: c's position, or only its tangents, changed.
@@ -898,7 +889,7 @@ void Figure::Delete(PointId point) {
   // The destructor frees the point's muscle data and clears its slot.
   DeleteCP(&first, c);
   s.points.erase(s.points.begin() + point.index);
-  impl_->Renumbered(point, c);
+  impl_->Renumbered(point);
   // In muscle mode the whole figure: host effects answer by PointId, which
   // the deletion renumbers, and the muscle family's reach after a change of
   // structure is not worked out.

@@ -199,6 +199,29 @@ TEST(Figure, HostEffectsMoveTheirPointInMuscleModeAndTravelWithTheDescription) {
   EXPECT_EQ(lift.use_count(), 3);  // this test's, the description's and the copy's
 }
 
+TEST(Figure, HostEffectsAnswerByThePointsCurrentId) {
+  // Lifts a point by its index plus one; deleting the point before it (out
+  // of muscle mode, after muscle answers were asked) and reversing the
+  // spline renumber it.
+  struct IndexLift final : CustomMuscleEffect {
+    bool MovePosition(PointId point, Vector* position) const override {
+      position->y += static_cast<float>(point.index + 1);
+      return true;
+    }
+  };
+  Figure g;
+  g.AddSpline(Line({{0, 0, 0}, {2, 0, 0}, {4, 0, 0}}));
+  g.AddMuscleEffect(PointId{0, 2}, std::make_shared<IndexLift>());
+  g.SetMuscleMode(true);
+  EXPECT_EQ(g.Position(PointId{0, 2}, Space::kModel), Vector(4, 3, 0));
+  g.SetMuscleMode(false);
+  g.Delete(PointId{0, 0});
+  g.SetMuscleMode(true);
+  EXPECT_EQ(g.Position(PointId{0, 1}, Space::kModel), Vector(4, 2, 0));
+  g.Reverse(0);
+  EXPECT_EQ(g.Position(PointId{0, 0}, Space::kModel), Vector(4, 1, 0));
+}
+
 TEST(Figure, ScreenWithoutInverseIsInvertedOrRefused) {
   Figure f;
   f.AddSpline(Line({{0, 0, 0}, {4, 0, 0}}));
