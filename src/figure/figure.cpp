@@ -297,23 +297,21 @@ struct Figure::Impl {
     local = true;
   }
 
+  // A point in a zero-filled AllocSeg block: unlinked, tag 0, nothing
+  // cached (ZeroDerived sets the stamps apart from any generation).
   SegmentCP* NewPoint(const PointDesc& d) {
     SegmentCP* cp;
     if (d.hook) {
       auto* h = new HookSegmentCP(&cache);
-      h->OnHook();
       h->SetS(detail::SnapS(d.s));
       cp = h;
     } else {
       cp = new SegmentCP(&cache);
+      cp->p = d.at;
     }
-    cp->prev = cp->next = cp->stackNext = cp->stackPrev = nullptr;
-    cp->tag = 0;
-    cp->flags = d.hook ? cpflag::hook : 0;
+    cp->flags = (d.hook ? cpflag::hook : 0u) | (d.smooth ? cpflag::smooth : 0u);
     cp->cache = &cache;
     cp->head = cp;
-    cp->p = d.hook ? Vector(0, 0, 0) : d.at;
-    cp->SetSmooth(d.smooth ? 1 : 0);
     cp->indelta = d.in;
     cp->outdelta = d.out;
     ZeroDerived(cp);
