@@ -1,5 +1,8 @@
 // The figure record's "in" flag is bit 0 of figureFlags; the host's other
-// bits are never touched.
+// bits are never touched. Each OffCached call clears its caches' flags and
+// no other bit.
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include "splinecore/figure.h"
@@ -22,6 +25,27 @@ TEST(FigureFlags, InIsBitZeroAndLeavesTheOtherBits) {
   c->SetIn(2);
   EXPECT_EQ(flags, 0xF0u);
   EXPECT_FALSE(c->IsIn());
+}
+
+TEST(CacheFlags, EachOffCachedClearsItsFlagsAndNoOther) {
+  using namespace cpflag;
+  const std::uint32_t model = muscleDeltaCached | musclepCached | otCached | itCached;
+  const std::uint32_t muscle = motCached | mitCached;
+  const std::uint32_t screen = screenotCached | screenitCached;
+  const struct {
+    void (SegmentCP::*off)();
+    std::uint32_t cleared;
+  } cases[] = {
+      {&SegmentCP::OffCacheditot, model},           {&SegmentCP::OffCachedpitot, model | pCached},
+      {&SegmentCP::OffCachedmitot, muscle},         {&SegmentCP::OffCachedmpitot, muscle | mpCached},
+      {&SegmentCP::OffCachedscreenitot, screen},    {&SegmentCP::OffCachedscreenpitot, screen | screenpCached},
+  };
+  for (const auto& k : cases) {
+    const std::unique_ptr<SegmentCP> c(new SegmentCP());  // a zero-filled block
+    c->flags = 0xFFFFFFFFu;
+    ((*c).*k.off)();
+    EXPECT_EQ(c->flags, ~k.cleared);
+  }
 }
 
 }  // namespace
