@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <map>
 #include <new>
 #include <set>
@@ -45,9 +46,10 @@ int LineAtByte(std::string_view text, std::size_t byte) {
   return line;
 }
 
-// Deepest nesting of [ and { outside strings; the text need not be valid.
-int NestingDepth(std::string_view text) {
-  int depth = 0, deepest = 0;
+// Whether [ and { nest deeper than `limit` outside strings; the text need
+// not be valid.
+bool NestsDeeperThan(std::string_view text, int limit) {
+  int depth = 0;
   bool inString = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
@@ -57,12 +59,12 @@ int NestingDepth(std::string_view text) {
     } else if (c == '"') {
       inString = true;
     } else if (c == '[' || c == '{') {
-      deepest = std::max(deepest, ++depth);
+      if (++depth > limit) return true;
     } else if (c == ']' || c == '}') {
       --depth;
     }
   }
-  return deepest;
+  return false;
 }
 
 // The line on which each value of a valid JSON text starts, by JSON pointer.
@@ -82,19 +84,21 @@ class LineIndex {
   }
 
  private:
+  // The character at pos_; '\0' past the end (a valid JSON text has no NUL).
+  char Peek() const { return pos_ < text_.size() ? text_[pos_] : '\0'; }
+
   void Skip() {
-    while (pos_ < text_.size() && (text_[pos_] == ' ' || text_[pos_] == '\t' || text_[pos_] == '\n' ||
-                                   text_[pos_] == '\r')) {
-      line_ += text_[pos_] == '\n';
+    for (char c = Peek(); c == ' ' || c == '\t' || c == '\n' || c == '\r'; c = Peek()) {
+      line_ += c == '\n';
       ++pos_;
     }
   }
 
   std::string String() {
     std::string s;
-    for (++pos_; pos_ < text_.size() && text_[pos_] != '"'; ++pos_) {
-      if (text_[pos_] == '\\') ++pos_;
-      if (pos_ < text_.size()) s += text_[pos_];
+    for (++pos_; Peek() != '"' && Peek() != '\0'; ++pos_) {
+      if (Peek() == '\\') ++pos_;
+      s += Peek();
     }
     ++pos_;
     return s;
@@ -102,14 +106,14 @@ class LineIndex {
 
   void Value(const std::string& path) {
     Skip();
-    if (pos_ >= text_.size()) return;
+    if (Peek() == '\0') return;
     lines_.emplace(path, line_);
-    const char c = text_[pos_];
+    const char c = Peek();
     if (c == '{' || c == '[') {
       ++pos_;
       for (int index = 0;; ++index) {
         Skip();
-        if (pos_ >= text_.size() || text_[pos_] == '}' || text_[pos_] == ']') break;
+        if (Peek() == '\0' || Peek() == '}' || Peek() == ']') break;
         std::string key = std::to_string(index);
         if (c == '{') {
           key = String();
@@ -118,15 +122,14 @@ class LineIndex {
         }
         Value(path + "/" + key);
         Skip();
-        if (pos_ < text_.size() && text_[pos_] == ',') ++pos_;
+        if (Peek() == ',') ++pos_;
       }
       ++pos_;
     } else if (c == '"') {
       String();
     } else {
-      while (pos_ < text_.size() && text_[pos_] != ',' && text_[pos_] != '}' && text_[pos_] != ']' &&
-             text_[pos_] != ' ' && text_[pos_] != '\n' && text_[pos_] != '\t' && text_[pos_] != '\r')
-        ++pos_;
+      // A number or a literal, up to what ends it (strchr finds '\0' too).
+      while (std::strchr(",}] \n\t\r", Peek()) == nullptr) ++pos_;
     }
   }
 
@@ -460,7 +463,7 @@ bool NoTurn(const Delta& d) { return d.pitch == 0.0f && d.yaw == 0.0f && d.magni
 }  // namespace
 
 FigureDescription ReadFigureFile(std::string_view text) {
-  if (NestingDepth(text) > kMaxDepth) throw FigureFileError(1, "nesting deeper than " + std::to_string(kMaxDepth) + " levels");
+  if (NestsDeeperThan(text, kMaxDepth)) throw FigureFileError(1, "nesting deeper than " + std::to_string(kMaxDepth) + " levels");
   json doc;
   try {
     doc = json::parse(text.begin(), text.end());
