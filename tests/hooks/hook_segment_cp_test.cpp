@@ -1,0 +1,33 @@
+// A hook made from a control point, as a host turns a point into a hook in
+// its place: until it hangs under a carrier it answers as the point did.
+#include <gtest/gtest.h>
+
+#include "figure_test.h"
+
+namespace splinecore {
+namespace {
+
+TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
+  test::TestFigure f;
+  f.AddMuscleTable(8);
+  f.cache.nextId = 5;  // an id a fresh record would not have
+  SegmentCP* point = f.NewCP(Vector(2, 1, 0), cpflag::smooth);
+  point->indelta = Delta{10, 20, 1.5f};
+  point->outdelta = Delta{-5, 0, 2};
+  MuscleCPData* data = f.AddMuscleData(point);
+  auto* hook = new HookSegmentCP(point, 0.25f);
+  hook->cache = point->cache;  // the host stores it, as for any new point
+  EXPECT_TRUE(hook->IsHook() && hook->IsSmooth());
+  EXPECT_EQ(hook->head, hook);
+  test::ExpectVector(hook->Getp(), Vector(2, 1, 0));
+  EXPECT_EQ(hook->GetMuscleCPData(), data);  // found by the point's id
+  const Delta in = hook->Getindelta(), out = hook->Getoutdelta();
+  EXPECT_TRUE(in.pitch == 10 && in.yaw == 20 && in.magnitude == 1.5f);
+  EXPECT_TRUE(out.pitch == -5 && out.yaw == 0 && out.magnitude == 2);
+  EXPECT_EQ(hook->GetS(), 0.25f);
+  delete hook;  // frees the muscle data of the shared id
+  delete point;
+}
+
+}  // namespace
+}  // namespace splinecore
