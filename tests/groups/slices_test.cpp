@@ -143,13 +143,14 @@ TEST(Slices, ReversalHandsEachRunReversedAndMirroredToTheSegmentsNewCarrier) {
                                {"rail:1", {{"two:2", 0.25f}, {"two:1", 0.75f}}},
                                {"rail:0", {{"three:3", 0.25f}, {"three:2", 0.5f}, {"three:1", 0.75f}}}}));
   // Closed a, b, c (old loop:0..2), now c, b, a: a's run [h 0.25, i 0.75]
-  // goes to b (loop:1), b's [j] to c (loop:0), c's [k 0.3] to a (loop:2).
+  // goes to b (loop:1), b's [j] to c (loop:0), c's [k 0.3] to a (loop:2);
+  // x, crossing a below the run, stays with a.
   // a's deltas are exchanged with their angles negated.
   Named closed(R"({"splines": [{"name": "loop", "closed": true, "points": [{"at": [0, 0], "in": [1.5, -2, 3], "out": [4, 0, 0.5]},
     {"at": [4, 0]}, {"at": [2, 3]}]}, {"name": "h", "points": [{"hook": 0.25}, {"at": [1, -2]}]},
     {"name": "i", "points": [{"hook": 0.75}, {"at": [1, -3]}]}, {"name": "j", "points": [{"hook": 0.5}, {"at": [4, 2]}]},
-    {"name": "k", "points": [{"hook": 0.3}, {"at": [0, 3]}]}],
-   "stacks": [["loop:0", "h:0", "i:0"], ["loop:1", "j:0"], ["loop:2", "k:0"]]})");
+    {"name": "k", "points": [{"hook": 0.3}, {"at": [0, 3]}]}, {"name": "x", "points": [{"at": [0, 0]}, {"at": [0, -5]}]}],
+   "stacks": [["loop:0", "h:0", "i:0", "x:0"], ["loop:1", "j:0"], ["loop:2", "k:0"]]})");
   closed.f.Reverse(0);
   EXPECT_EQ(closed.Runs(), (Runs{{"loop:1", {{"i:0", 0.25f}, {"h:0", 0.75f}}},
                                  {"loop:0", {{"j:0", 0.5f}}},
@@ -158,6 +159,7 @@ TEST(Slices, ReversalHandsEachRunReversedAndMirroredToTheSegmentsNewCarrier) {
   EXPECT_TRUE(a.in.pitch == -4.0f && a.in.yaw == 0.0f && std::signbit(a.in.yaw) && a.in.magnitude == 0.5f);
   EXPECT_TRUE(a.out.pitch == -1.5f && a.out.yaw == 2.0f && a.out.magnitude == 3.0f);
   EXPECT_TRUE(closed.f.Validate().empty());
+  EXPECT_EQ(closed.f.Describe().stacks, (std::vector<std::vector<PointId>>{{{0, 2}, {5, 0}}}));
 }
 
 // Faults found by fuzzing: handing a run to a hook of the same run linked
