@@ -181,6 +181,27 @@ TEST_P(CorpusFigure, ZeroOffsetsLeaveMuscleSpaceTheModelSpace) {
     }
 }
 
+// A local edit recomputes what it reaches and nothing else: after any one
+// point is moved (with its stack) or turned, every answer is the answer of a
+// figure built from the description.
+TEST_P(CorpusFigure, OneEditAnswersAsAFreshFigure) {
+  const FigureDescription d = test::LoadFigure(GetParam());
+  for (int s = 0; s < static_cast<int>(d.splines.size()); ++s)
+    for (int i = 0; i < static_cast<int>(d.splines[static_cast<std::size_t>(s)].points.size()); ++i) {
+      const PointDesc& p = d.splines[static_cast<std::size_t>(s)].points[static_cast<std::size_t>(i)];
+      if (p.hook) continue;
+      Figure f(d);
+      test::Answers(f);  // everything cached before the edit
+      if (i % 2 == 0) {
+        f.Move(PointId{s, i}, p.at + Vector(0.5f, 0.25f, 0));
+      } else {
+        f.SetDeltas(PointId{s, i}, Delta{20, -10, 1.25f}, p.out);
+      }
+      Figure fresh(f.Describe());
+      EXPECT_EQ(test::Answers(f), test::Answers(fresh)) << s << ":" << i;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Figures, CorpusFigure, ::testing::ValuesIn(test::FigureFiles("tests/figures")), [](const auto& info) {
   return info.param.stem().string();
 });
