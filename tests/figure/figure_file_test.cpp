@@ -43,6 +43,9 @@ TEST(FigureFile, DescribesWhatTheFileSays) {
   ASSERT_EQ(d.hooks.size(), 1u);
   EXPECT_EQ(d.hooks[0].hook, (PointId{3, 1}));
   EXPECT_EQ(d.hooks[0].carrier, (PointId{0, 1}));  // the non-hook above it
+  const Matrix identity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+  for (int r = 0; r < 3; ++r)  // no view given: the identity both ways
+    for (int c = 0; c < 4; ++c) EXPECT_TRUE(d.view.m[r][c] == identity.m[r][c] && d.inverseView.m[r][c] == identity.m[r][c]);
   ASSERT_EQ(d.muscleEffects.size(), 1u);
   EXPECT_EQ(d.muscleEffects[0].offset, Vector(0, 0.5f, 0));
   // A quarter turn after a y-flipping scale by 2: x' = 2y + 50, y' = 2x + 300.
@@ -164,6 +167,7 @@ TEST(FigureFile, WritingAndReadingBackKeepsEveryBit) {
   s.points = {PointDesc{Vector(-0.0f, 1.0f / 3, 1e-40f)}, PointDesc{Vector(2, 0.1f, 0)}, PointDesc{Vector(3, 1, 0)}};
   s.points[1].in = Delta{-0.0f, 1.0f / 7, 0.3f};
   s.points[2].out = Delta{0, 0, 2};  // a length factor alone
+  s.points[0].in = Delta{0, 0, 0.5f};
   built.AddSpline(s);
   SplineDesc hook;
   hook.points = {PointDesc{Vector(0, 5, 0)}, PointDesc{}};
