@@ -225,6 +225,12 @@ TEST(Figure, HostEffectsAnswerByThePointsCurrentId) {
 TEST(Figure, ScreenWithoutInverseIsInvertedOrRefused) {
   Figure f;
   f.AddSpline(Line({{0, 0, 0}, {4, 0, 0}}));
+  // A new figure's view and screen are the identity, both ways.
+  const Matrix identity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+  const FigureDescription fresh = f.Describe();
+  for (const Matrix* m : {&fresh.view, &fresh.inverseView, &fresh.screen, &fresh.inverseScreen})
+    for (int r = 0; r < 3; ++r)
+      for (int c = 0; c < 4; ++c) EXPECT_EQ(m->m[r][c], identity.m[r][c]) << r << "," << c;
   // Scale by 2 and 4, then translate: the inverse halves, quarters and
   // carries the translation back, all exact in float.
   f.SetScreen(Matrix{{{2, 0, 0, 6}, {0, 4, 0, -8}, {0, 0, 1, 1}}});
