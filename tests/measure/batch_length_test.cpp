@@ -47,10 +47,11 @@ TEST(BatchLength, EveryKernelGivesTheScalarBitsOnRandomSegments) {
   std::vector<float> scalar(cubics.size());
   for (std::size_t i = 0; i < cubics.size(); ++i) scalar[i] = detail::CubicLength(cubics[i]);
   for (detail::LengthKernel kernel : Kernels()) {
-    std::vector<float> batch(cubics.size(), -1.0f);
+    std::vector<float> batch(cubics.size() + 8, -1.0f);  // and nothing written past the last
     detail::CubicLengths(cubics.data(), cubics.size(), batch.data(), kernel);
     std::size_t differ = 0;
     for (std::size_t i = 0; i < cubics.size(); ++i) differ += Bits(batch[i]) != Bits(scalar[i]);
+    for (std::size_t i = cubics.size(); i < batch.size(); ++i) differ += batch[i] != -1.0f;
     EXPECT_EQ(differ, 0u) << "kernel " << static_cast<int>(kernel);
   }
   // A straight segment of length 5 at uniform speed: all 30 chords are 1/6.
