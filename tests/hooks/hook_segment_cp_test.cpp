@@ -20,6 +20,7 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   EXPECT_TRUE(hook->IsHook() && hook->IsSmooth());
   EXPECT_EQ(hook->head, hook);
   test::ExpectVector(hook->Getp(), Vector(2, 1, 0));
+  test::ExpectVector(hook->Getscreenp(), Vector(2, 1, 0));  // nothing cached yet
   EXPECT_EQ(hook->GetMuscleCPData(), data);  // found by the point's id
   const Delta in = hook->Getindelta(), out = hook->Getoutdelta();
   EXPECT_TRUE(in.pitch == 10 && in.yaw == 20 && in.magnitude == 1.5f);

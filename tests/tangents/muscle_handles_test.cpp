@@ -98,8 +98,8 @@ TEST_F(MuscleHandles, AHooksHandlesInterpolateItsPartnersOffsets) {
 // spline below it but nothing stacked at N, no second. Either way every
 // tangent getter answers zero and the screen handles sit on the hook's
 // screen position (the screen doubles x and y); Convert and MConvert write
-// nothing and carry nothing back. Hung on a carrier without a next (X
-// below), the tangents are zero too.
+// nothing and carry nothing back; the zeros stay while the flags do.
+// Hung on a carrier without a next (X below), the tangents are zero too.
 TEST(HookWithoutPartners, HasNoTangentAndConvertWritesNothing) {
   for (int missing : {1, 2, 3}) {
     SCOPED_TRACE(missing);
@@ -109,10 +109,11 @@ TEST(HookWithoutPartners, HasNoTangentAndConvertWritesNothing) {
                 test::MakeMatrix({0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 1, 0}));
     SegmentCP* carrier = g.NewCP(Vector(0, 0, 0));
     HookSegmentCP* hook = g.NewHook(0.5f);
+    SegmentCP* end = nullptr;
     if (missing == 3) {
       g.Open({g.NewCP(Vector(-3, 0, 0)), carrier});
     } else {
-      g.Open({carrier, g.NewCP(Vector(3, 0, 0))});
+      g.Open({carrier, end = g.NewCP(Vector(3, 0, 0))});
     }
     g.Open({g.NewCP(Vector(1.5f, 2, 0)), hook});
     if (missing != 1) {
@@ -134,6 +135,15 @@ TEST(HookWithoutPartners, HasNoTangentAndConvertWritesNothing) {
     ExpectVector(hook->Getmot(), zero);
     ExpectVector(hook->Getscreenit(), Vector(3, 0, 0));
     ExpectVector(hook->Getscreenot(), Vector(3, 0, 0));
+    if (missing != 1) continue;
+    // The zeros stay while the flags do, though both partners join now.
+    SegmentCP *x = g.NewCP(Vector(0, 0, 0)), *y = g.NewCP(Vector(3, 0, 0));
+    g.Open({g.NewCP(Vector(0, 3, 0)), x});
+    g.Open({g.NewCP(Vector(3, 3, 0)), y});
+    TestFigure::Stack({x, carrier, hook});
+    TestFigure::Stack({y, end});
+    ExpectVector(hook->Getit(), zero);
+    ExpectVector(hook->Getmit(), zero);
   }
 }
 
