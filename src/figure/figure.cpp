@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <new>
 #include <sstream>
 #include <thread>
@@ -234,9 +235,10 @@ struct Figure::Impl {
     EnsureSlot(c->id);
     MuscleCPData*& data = cpData[c->id];
     const bool fresh = data == nullptr;
-    if (fresh) {  // AllocSeg blocks are zero-filled: no effects, zero deltas
+    if (fresh) {  // a host's AllocSeg need not zero its blocks
       data = static_cast<MuscleCPData*>(AllocSeg(sizeof(MuscleCPData)));
       if (data == nullptr) throw std::bad_alloc();
+      std::memset(static_cast<void*>(data), 0, sizeof(MuscleCPData));
     }
     void* block = AllocSeg(size);
     if (block == nullptr) {
@@ -297,8 +299,8 @@ struct Figure::Impl {
     local = true;
   }
 
-  // A point in a zero-filled AllocSeg block: unlinked, tag 0, nothing
-  // cached (ZeroDerived sets the stamps apart from any generation).
+  // A new point, unlinked, nothing cached (a host's AllocSeg need not zero
+  // its blocks; ZeroDerived sets the stamps apart from any generation).
   SegmentCP* NewPoint(const PointDesc& d) {
     SegmentCP* cp;
     if (d.hook) {
@@ -307,11 +309,13 @@ struct Figure::Impl {
       cp = h;
     } else {
       cp = new SegmentCP(&cache);
-      cp->p = d.at;
     }
+    cp->prev = cp->next = cp->stackNext = cp->stackPrev = nullptr;
+    cp->tag = 0;
     cp->flags = (d.hook ? cpflag::hook : 0u) | (d.smooth ? cpflag::smooth : 0u);
     cp->cache = &cache;
     cp->head = cp;
+    cp->p = d.hook ? Vector(0, 0, 0) : d.at;
     cp->indelta = d.in;
     cp->outdelta = d.out;
     ZeroDerived(cp);

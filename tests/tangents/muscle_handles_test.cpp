@@ -29,6 +29,9 @@ TEST_F(MuscleHandles, EachSideConvertsAloneAndNeverTwice) {
   f.Open({CP(0, 0, cpflag::smooth), c = CP(2, 1, cpflag::smooth), CP(4, 0, cpflag::smooth)});
   ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
   EXPECT_EQ(c->flags & cpflag::motCached, 0u);
+  EXPECT_EQ(c->IsConverted(), 0);  // muscle handles leave the model conversion alone
+  ExpectVector(c->Getit(), Vector(-2, 0, 0));
+  EXPECT_NE(c->IsConverted(), 0);
   ExpectVector(c->mot, Vector(-2, 0, 0));  // still the tangent
   c->p.x += 1;  // the other side converts from the head's position now
   ExpectVector(c->Getmot(), Vector(2.3333333f, 1, 0));
