@@ -66,6 +66,9 @@ struct BadFile {
 
 const BadFile kBadFiles[] = {
     {"SyntaxError", "{\n  \"splines\": [\n    {\"name\": \"a\",, }\n  ]\n}", 3, "malformed JSON: syntax error"},
+    {"SyntaxErrorAtALinesStart", "{\n  \"splines\": [\n,\n  ]\n}", 3, "malformed JSON: syntax error"},
+    {"ClosedSplineOfOne", "{\"splines\": [\n  {\"closed\": true, \"points\": [{\"at\": [0, 0]}]}\n]}", 2,
+     "a closed spline needs at least two points"},
     {"NumberOverflow", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [1e999, 0]}]}\n]}", 2,
      "malformed JSON: number overflow parsing '1e999'"},
     {"NotAnObject", "[1, 2]", 1, "the figure must be an object"},
