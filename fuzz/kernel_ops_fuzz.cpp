@@ -42,8 +42,6 @@ class FuzzEffect final : public MuscleEffect {
   std::int16_t ApplyToOutDelta(std::int32_t, SegmentCP*, Delta* d) override {
     return static_cast<std::int16_t>(TurnDelta(d, turn_, outFlags_));
   }
-
- private:
   Vector move_;
   Delta turn_;
   std::int16_t inFlags_, outFlags_;
