@@ -219,21 +219,14 @@ TEST(GroupEdit, MoveGroupCarriesTheDisplacementByTheInverseViewsLinearPart) {
   // Rows (0.5 1 0 | 7), (0 0 -3 | 8), (1 0 0.25 | 9); d = (0.1f, 0.2f, 0.3f):
   // w = (0.05 + 0.2, -0.9, 0.1 + 0.075) in double from the float inputs,
   // rounded to float, added to p = (1, -2, 1e-3f) and rounded (python3 struct).
-  Figure f;
-  SplineDesc spline;
-  spline.points.resize(2);
-  spline.points[0].at = Vector(1.0f, -2.0f, 1e-3f);
-  f.AddSpline(spline);
-  Matrix inverse{};
-  const float rows[3][4] = {{0.5f, 1, 0, 7}, {0, 0, -3, 8}, {1, 0, 0.25f, 9}};
-  std::memcpy(inverse.m, rows, sizeof rows);
-  f.SetView(test::IdentityMatrix(), inverse);
+  Named n(R"({"splines": [{"name": "a", "points": [{"at": [1, -2, 0.001]}, {"at": [0, 0]}]}]})");
+  n.f.SetView(test::IdentityMatrix(), test::MakeMatrix({0.5f, 1, 0, 7, 0, 0, -3, 8, 1, 0, 0.25f, 9}));
   GroupNode* list = nullptr;
-  f.ControlPoint(PointId{0, 0})->AddToGroup(&list, 1);
+  n["a:0"]->AddToGroup(&list, 1);
   MoveGroup(list, Vector(0.1f, 0.2f, 0.3f));
   FreeGroup(&list);
-  EXPECT_EQ(f.ControlPoint(PointId{0, 0})->p, Vector(0x1.4p+0f, -0x1.733334p+1f, 0x1.6872b2p-3f));
-  EXPECT_EQ(f.ControlPoint(PointId{0, 1})->p, Vector(0, 0, 0));
+  EXPECT_EQ(n["a:0"]->p, Vector(0x1.4p+0f, -0x1.733334p+1f, 0x1.6872b2p-3f));
+  EXPECT_EQ(n["a:1"]->p, Vector(0, 0, 0));
 }
 
 TEST(GroupEdit, SmoothGroupCopiesOutdeltaAndPeakGroupKeepsDeltas) {
