@@ -108,13 +108,10 @@ class FuzzFigure {
         stacks.push_back({pending.hook});
         continue;
       }
+      // Before the merges below, every carrier tops a stack of its own.
       SegmentCP* carrier = others[pending.carrier % others.size()];
-      for (auto& stack : stacks) {
-        const auto at = std::find(stack.begin(), stack.end(), carrier);
-        if (at == stack.end()) continue;
-        stack.insert(at + 1, pending.hook);
-        break;
-      }
+      auto stack = std::find_if(stacks.begin(), stacks.end(), [&](const auto& m) { return m.front() == carrier; });
+      stack->insert(stack->begin() + 1, pending.hook);
     }
     // Merge whole stacks: a stack's top is never a hook, so runs stay intact.
     for (unsigned m = in.Below(4); m > 0 && stacks.size() > 1; --m) {
