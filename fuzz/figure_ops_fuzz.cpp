@@ -123,6 +123,9 @@ class Session {
     const Space spaces[] = {Space::kModel, Space::kScreen, Space::kMuscle};
     volatile float sink = 0;
     kind_ = static_cast<int>(in_.Below(20));
+    // Most calls take a point first.
+    const bool onPoint = kind_ == 2 || (kind_ >= 4 && kind_ <= 10) || kind_ == 12 || kind_ == 16;
+    const PointId id = onPoint ? Point() : PointId{};
     switch (kind_) {
       case 0:
       case 1: {
@@ -141,53 +144,31 @@ class Session {
         f_.AddSpline(d);
         break;
       }
-      case 2: {
-        const PointId hook = Point();
-        f_.AddHook(hook, Point());
-        break;
-      }
+      case 2: f_.AddHook(id, Point()); break;
       case 3: {
         std::vector<PointId> stack;
         for (unsigned i = 2 + in_.Below(2); i > 0; --i) stack.push_back(Point());
         f_.Stack(stack);
         break;
       }
-      case 4: {
-        const PointId id = Point();
-        f_.AddMuscleOffset(id, in_.Vec());
-        break;
-      }
+      case 4: f_.AddMuscleOffset(id, in_.Vec()); break;
       case 5: {
-        const PointId id = Point();
         const Vector move = in_.Vec();
         const Delta turn = in_.Turn();
         f_.AddMuscleEffect(id, std::make_shared<FuzzEffect>(move, turn, static_cast<int>(in_.Below(8))));
         break;
       }
-      case 6: f_.ClearMuscleEffects(Point()); break;
-      case 7: {
-        const PointId id = Point();
-        f_.Move(id, in_.Below(2) == 0 ? in_.Vec() : GridPoint());
-        break;
-      }
+      case 6: f_.ClearMuscleEffects(id); break;
+      case 7: f_.Move(id, in_.Below(2) == 0 ? in_.Vec() : GridPoint()); break;
       case 8: {
-        const PointId id = Point();
         const Delta in = in_.Turn();
         f_.SetDeltas(id, in, in_.Turn());
         break;
       }
-      case 9: {
-        const PointId id = Point();
-        f_.SetSmooth(id, in_.Bit());
-        break;
-      }
-      case 10: {
-        const PointId id = Point();
-        f_.SetHookS(id, in_.Float());
-        break;
-      }
+      case 9: f_.SetSmooth(id, in_.Bit()); break;
+      case 10: f_.SetHookS(id, in_.Float()); break;
       case 11: f_.Reverse(Spline()); break;
-      case 12: f_.Delete(Point()); break;
+      case 12: f_.Delete(id); break;
       case 13:
       case 14: {
         const bool screen = in_.Bit();
@@ -202,7 +183,6 @@ class Session {
       }
       case 15: f_.SetMuscleMode(in_.Bit()); break;
       case 16: {
-        const PointId id = Point();
         const Space space = spaces[in_.Below(3)];
         sink = sink + f_.Position(id, space).x;
         if (f_.OwnsSegment(id)) sink = sink + f_.Segment(id, space).h0.y + f_.SegmentLength(id);

@@ -12,16 +12,12 @@
 #include <vector>
 
 #include "figure_corpus.h"
+#include "named_figure.h"
 #include "splinecore/splinecore.h"
+#include "test_figure.h"
 
 namespace splinecore {
 namespace {
-
-Matrix Identity() {
-  Matrix m{};
-  for (int r = 0; r < 3; ++r) m.m[r][r] = 1.0f;
-  return m;
-}
 
 // The screen family of every point, spline by spline, as bits.
 std::vector<std::uint32_t> RawAnswers(Figure& f) {
@@ -59,7 +55,7 @@ void ForEveryPoint(const RawEdit& edit, const DescEdit& expected) {
   int figures = 0;
   for (FigureDescription d : test::SharedFigures()) {
     if (!d.hooks.empty()) continue;  // hooks' prev sides are left to the host
-    d.view = d.inverseView = Identity();  // displacements reach model space as given
+    d.view = d.inverseView = test::IdentityMatrix();  // displacements reach model space as given
     d.muscleMode = false;
     ++figures;
     for (int s = 0; s < static_cast<int>(d.splines.size()); ++s) {
@@ -118,23 +114,15 @@ TEST(GroupEdit, MovesAndTurnsOfListedPointsLeaveNothingStale) {
       });
 }
 
-// Builds `text` and names its points "spline:index".
-struct Named {
-  explicit Named(const char* text) : f(ReadFigureFile(text)) {}
-  SegmentCP* operator[](const std::string& ref) {
-    const std::size_t colon = ref.find(':');
-    return f.ControlPoint(PointId{f.FindSpline(ref.substr(0, colon)), std::stoi(ref.substr(colon + 1))});
-  }
-  // The points whose `touched` is set.
-  std::set<std::string> Touched() {
-    std::set<std::string> out;
-    for (int s = 0; s < f.SplineCount(); ++s)
-      for (int i = 0; i < f.PointCount(s); ++i)
-        if (f.ControlPoint(PointId{s, i})->IsTouched()) out.insert(f.SplineName(s) + ":" + std::to_string(i));
-    return out;
-  }
-  Figure f;
-};
+using Named = test::NamedFigure;
+
+// The points whose `touched` is set.
+std::set<std::string> Touched(Named& n) {
+  std::set<std::string> out;
+  for (const std::string& name : n.Names())
+    if (n[name]->IsTouched()) out.insert(name);
+  return out;
+}
 
 struct RunCase {
   const char* name;
@@ -191,12 +179,9 @@ TEST(GroupEdit, ConvertGroupTouchesTheHookRunsOnNeighbouringSegmentsWithItsMode)
       SCOPED_TRACE(::testing::Message() << k.name << ", mode " << mode);
       Named n(k.figure);
       if (k.exempt != nullptr) n[k.exempt]->OnExempt();
-      std::set<std::string> all;
-      for (int s = 0; s < n.f.SplineCount(); ++s)
-        for (int i = 0; i < n.f.PointCount(s); ++i) {
-          all.insert(n.f.SplineName(s) + ":" + std::to_string(i));
-          if (mode == 2) n.f.ControlPoint(PointId{s, i})->OnTouched();
-        }
+      const std::vector<std::string> all = n.Names();
+      for (const std::string& p : all)
+        if (mode == 2) n[p]->OnTouched();
       GroupNode* list = nullptr;
       n[k.listed]->AddToGroup(&list, 1);
       ConvertGroup(list, mode);
@@ -207,7 +192,7 @@ TEST(GroupEdit, ConvertGroupTouchesTheHookRunsOnNeighbouringSegmentsWithItsMode)
         for (const std::string& p : all)
           if (k.touched.count(p) == 0) want.insert(p);
       }
-      EXPECT_EQ(n.Touched(), want);
+      EXPECT_EQ(Touched(n), want);
     }
   }
 }
@@ -225,7 +210,7 @@ TEST(GroupEdit, AStackIsSkippedBelowAGroupedMemberOtherThanTheTop) {
     MoveGroup(list, Vector(1, 0, 0));
     FreeGroup(&list);
     const std::set<std::string> all{"s:0", "t:0", "u:0"};
-    EXPECT_EQ(n.Touched(), grouped == "t:0" ? std::set<std::string>{} : all) << grouped;
+    EXPECT_EQ(Touched(n), grouped == "t:0" ? std::set<std::string>{} : all) << grouped;
     EXPECT_EQ(n["s:0"]->p.x, grouped.empty() ? 2.0f : 1.0f) << grouped;
   }
 }
@@ -234,21 +219,14 @@ TEST(GroupEdit, MoveGroupCarriesTheDisplacementByTheInverseViewsLinearPart) {
   // Rows (0.5 1 0 | 7), (0 0 -3 | 8), (1 0 0.25 | 9); d = (0.1f, 0.2f, 0.3f):
   // w = (0.05 + 0.2, -0.9, 0.1 + 0.075) in double from the float inputs,
   // rounded to float, added to p = (1, -2, 1e-3f) and rounded (python3 struct).
-  Figure f;
-  SplineDesc spline;
-  spline.points.resize(2);
-  spline.points[0].at = Vector(1.0f, -2.0f, 1e-3f);
-  f.AddSpline(spline);
-  Matrix inverse{};
-  const float rows[3][4] = {{0.5f, 1, 0, 7}, {0, 0, -3, 8}, {1, 0, 0.25f, 9}};
-  std::memcpy(inverse.m, rows, sizeof rows);
-  f.SetView(Identity(), inverse);
+  Named n(R"({"splines": [{"name": "a", "points": [{"at": [1, -2, 0.001]}, {"at": [0, 0]}]}]})");
+  n.f.SetView(test::IdentityMatrix(), test::MakeMatrix({0.5f, 1, 0, 7, 0, 0, -3, 8, 1, 0, 0.25f, 9}));
   GroupNode* list = nullptr;
-  f.ControlPoint(PointId{0, 0})->AddToGroup(&list, 1);
+  n["a:0"]->AddToGroup(&list, 1);
   MoveGroup(list, Vector(0.1f, 0.2f, 0.3f));
   FreeGroup(&list);
-  EXPECT_EQ(f.ControlPoint(PointId{0, 0})->p, Vector(0x1.4p+0f, -0x1.733334p+1f, 0x1.6872b2p-3f));
-  EXPECT_EQ(f.ControlPoint(PointId{0, 1})->p, Vector(0, 0, 0));
+  EXPECT_EQ(n["a:0"]->p, Vector(0x1.4p+0f, -0x1.733334p+1f, 0x1.6872b2p-3f));
+  EXPECT_EQ(n["a:1"]->p, Vector(0, 0, 0));
 }
 
 TEST(GroupEdit, SmoothGroupCopiesOutdeltaAndPeakGroupKeepsDeltas) {
@@ -265,7 +243,7 @@ TEST(GroupEdit, SmoothGroupCopiesOutdeltaAndPeakGroupKeepsDeltas) {
   FreeGroup(&list);
   EXPECT_TRUE(!a->IsSmooth() && n["a:2"]->IsSmooth());
   EXPECT_TRUE(a->indelta.pitch == 1.0f && a->outdelta.pitch == -4.0f);
-  EXPECT_TRUE(n.Touched().empty());
+  EXPECT_TRUE(Touched(n).empty());
 }
 
 }  // namespace

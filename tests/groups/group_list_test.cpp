@@ -4,8 +4,7 @@
 
 #include <vector>
 
-#include "marrow/marrow.h"
-#include "splinecore/splinecore.h"
+#include "figure_test.h"
 
 namespace splinecore {
 namespace {
@@ -18,11 +17,7 @@ struct Fresh {
   }
 };
 
-std::vector<SegmentCP*> Listed(const GroupNode* list) {
-  std::vector<SegmentCP*> out;
-  for (; list != nullptr; list = list->next) out.push_back(list->cp);
-  return out;
-}
+using test::Listed;
 
 TEST(GroupList, AddAppendsOnceNoCheckPrependsDeleteTakesTheFirstNode) {
   const long live = MarrowLiveBlocks();

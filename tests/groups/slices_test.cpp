@@ -4,14 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "figure_corpus.h"
 #include "marrow/marrow.h"
+#include "named_figure.h"
 #include "splinecore/splinecore.h"
 #include "test_figure.h"
 
@@ -20,33 +20,25 @@ namespace {
 
 using Refs = std::vector<std::string>;
 
-struct Named {
-  explicit Named(const char* text) : f(ReadFigureFile(text)) {}
-  std::string Name(PointId p) const { return f.SplineName(p.spline) + ":" + std::to_string(p.index); }
-  SegmentCP* operator[](const std::string& ref) {
-    const std::size_t colon = ref.find(':');
-    return f.ControlPoint(PointId{f.FindSpline(ref.substr(0, colon)), std::stoi(ref.substr(colon + 1))});
+using Named = test::NamedFigure;
+using Runs = std::map<std::string, std::vector<std::pair<std::string, float>>>;
+
+Refs Listed(Named& n, const GroupNode* list) {
+  Refs out;
+  for (; list != nullptr; list = list->next) out.push_back(n.Name(list->cp));
+  return out;
+}
+
+// Each carrier's run, in run order, with each hook's s.
+Runs RunsOf(const Named& n) {
+  const FigureDescription d = n.f.Describe();
+  Runs out;
+  for (const HookDesc& h : d.hooks) {
+    const float s = d.splines[static_cast<std::size_t>(h.hook.spline)].points[static_cast<std::size_t>(h.hook.index)].s;
+    out[n.Name(h.carrier)].emplace_back(n.Name(h.hook), s);
   }
-  Refs Listed(const GroupNode* list) {
-    Refs out;
-    for (; list != nullptr; list = list->next)
-      for (int s = 0; s < f.SplineCount(); ++s)
-        for (int i = 0; i < f.PointCount(s); ++i)
-          if (f.ControlPoint(PointId{s, i}) == list->cp) out.push_back(Name(PointId{s, i}));
-    return out;
-  }
-  // Each carrier's run, in run order, with each hook's s.
-  std::map<std::string, std::vector<std::pair<std::string, float>>> Runs() const {
-    const FigureDescription d = f.Describe();
-    std::map<std::string, std::vector<std::pair<std::string, float>>> out;
-    for (const HookDesc& h : d.hooks) {
-      const float s = d.splines[static_cast<std::size_t>(h.hook.spline)].points[static_cast<std::size_t>(h.hook.index)].s;
-      out[Name(h.carrier)].emplace_back(Name(h.hook), s);
-    }
-    return out;
-  }
-  Figure f;
-};
+  return out;
+}
 
 TEST(Slices, AddAppendsEmptySlicesDeleteFreesOnlySlicesOfTheList) {
   const long live = MarrowLiveBlocks();
@@ -93,7 +85,7 @@ TEST(Slices, MatchSliceCPAndGroupSliceTogglingWholeStacks) {
   GroupNode* group = nullptr;
   const long live = MarrowLiveBlocks();
   GroupSlice(slices, n["p:1"], &group);  // the temporary marks are given back
-  EXPECT_EQ(n.Listed(group), (Refs{"p:0", "p:1", "p:2"}));
+  EXPECT_EQ(Listed(n, group), (Refs{"p:0", "p:1", "p:2"}));
   EXPECT_EQ(MarrowLiveBlocks(), live + 3);
   GroupSlice(slices, n["p:2"], &group);
   EXPECT_TRUE(group == nullptr && !n["p:0"]->IsGrouped() && !n["p:2"]->IsGrouped());
@@ -102,17 +94,17 @@ TEST(Slices, MatchSliceCPAndGroupSliceTogglingWholeStacks) {
   n["s:0"]->AddToGroup(&group, 1);
   n["t:0"]->OnGrouped();
   GroupSlice(slices, n["p:0"], &group);
-  EXPECT_EQ(n.Listed(group), (Refs{"p:2"}));
+  EXPECT_EQ(Listed(n, group), (Refs{"p:2"}));
   EXPECT_TRUE(n["t:0"]->IsGrouped() && !n["s:0"]->IsGrouped() && !n["p:1"]->IsGrouped());
   n["t:0"]->OffGrouped();
   n["p:2"]->DeleteFromGroup(&group);
   // Exempt points are skipped either way.
   n["q:1"]->OnExempt();
   GroupSlice(slices, n["q:0"], &group);
-  EXPECT_EQ(n.Listed(group), (Refs{"q:0", "q:2", "q:3"}));
+  EXPECT_EQ(Listed(n, group), (Refs{"q:0", "q:2", "q:3"}));
   n["q:1"]->AddToGroup(&group, 1);
   GroupSlice(slices, n["q:2"], &group);  // the slice from q:1
-  EXPECT_EQ(n.Listed(group), (Refs{"q:0", "q:1"}));
+  EXPECT_EQ(Listed(n, group), (Refs{"q:0", "q:1"}));
   FreeGroup(&group);
   for (const char* ref : {"q:0", "q:1"}) n[ref]->OffGrouped();
   // The group is marked first, even without a slice; an unmarked listed
@@ -120,26 +112,22 @@ TEST(Slices, MatchSliceCPAndGroupSliceTogglingWholeStacks) {
   n["x:0"]->AddToGroupNoCheck(&group);
   n["p:0"]->AddToGroupNoCheck(&group);
   GroupSlice(slices, n["loose:0"], &group);
-  EXPECT_EQ(n.Listed(group), (Refs{"p:0", "x:0"}));
+  EXPECT_EQ(Listed(n, group), (Refs{"p:0", "x:0"}));
   EXPECT_TRUE(n["x:0"]->IsGrouped() && n["p:0"]->IsGrouped());
   n["p:0"]->OffGrouped();
   GroupSlice(slices, n["p:1"], &group);
-  EXPECT_EQ(n.Listed(group), (Refs{"x:0", "p:1", "p:2"}));
+  EXPECT_EQ(Listed(n, group), (Refs{"x:0", "p:1", "p:2"}));
   FreeGroup(&group);
   while (slices != nullptr) DeleteSlice(&slices, slices);
   EXPECT_EQ(MarrowLiveBlocks(), live - 4);  // the four slices
 }
 
-using Runs = std::map<std::string, std::vector<std::pair<std::string, float>>>;
-
 TEST(Slices, ReversalHandsEachRunReversedAndMirroredToTheSegmentsNewCarrier) {
   // Open rail of four: the run of rail:i moves to the old rail:i+1, now
   // rail:2-i; s snapped (0.7 -> 0.75, 0.3 -> 0.25, 0.8 -> 0.75), then 1 - s.
-  std::ifstream in(std::string(SPLINECORE_SOURCE_DIR) + "/tests/figures/hook_runs.json");
-  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  Named open(text.c_str());
+  Named open(test::LoadFigure(std::string(SPLINECORE_SOURCE_DIR) + "/tests/figures/hook_runs.json"));
   open.f.Reverse(open.f.FindSpline("rail"));
-  EXPECT_EQ(open.Runs(), (Runs{{"rail:2", {{"one:1", 0.5f}}},
+  EXPECT_EQ(RunsOf(open), (Runs{{"rail:2", {{"one:1", 0.5f}}},
                                {"rail:1", {{"two:2", 0.25f}, {"two:1", 0.75f}}},
                                {"rail:0", {{"three:3", 0.25f}, {"three:2", 0.5f}, {"three:1", 0.75f}}}}));
   // Closed a, b, c (old loop:0..2), now c, b, a: a's run [h 0.25, i 0.75]
@@ -152,7 +140,7 @@ TEST(Slices, ReversalHandsEachRunReversedAndMirroredToTheSegmentsNewCarrier) {
     {"name": "k", "points": [{"hook": 0.3}, {"at": [0, 3]}]}, {"name": "x", "points": [{"at": [0, 0]}, {"at": [0, -5]}]}],
    "stacks": [["loop:0", "h:0", "i:0", "x:0"], ["loop:1", "j:0"], ["loop:2", "k:0"]]})");
   closed.f.Reverse(0);
-  EXPECT_EQ(closed.Runs(), (Runs{{"loop:1", {{"i:0", 0.25f}, {"h:0", 0.75f}}},
+  EXPECT_EQ(RunsOf(closed), (Runs{{"loop:1", {{"i:0", 0.25f}, {"h:0", 0.75f}}},
                                  {"loop:0", {{"j:0", 0.5f}}},
                                  {"loop:2", {{"k:0", 0.75f}}}}));
   const PointDesc a = closed.f.Describe().splines[0].points[2];
@@ -171,7 +159,7 @@ TEST(Slices, ReverseSliceRunOntoHookRegressions) {
     {"name": "S", "points": [{"at": [2, 4]}, {"hook": 0.5}]}, {"name": "W", "points": [{"at": [1, 5]}, {"hook": 0.25}, {"at": [3, 5]}]}],
    "stacks": [["T:0", "S:1"], ["S:0", "W:1"]]})");
   joins.f.Reverse(1);
-  EXPECT_EQ(joins.Runs(), (Runs{{"T:0", {{"S:0", 0.5f}, {"W:1", 0.75f}}}}));
+  EXPECT_EQ(RunsOf(joins), (Runs{{"T:0", {{"S:0", 0.5f}, {"W:1", 0.75f}}}}));
   EXPECT_TRUE(joins.f.Validate().empty());
 
   // Figures no description builds (a hook on a segment that ends at it),

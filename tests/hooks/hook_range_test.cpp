@@ -40,22 +40,16 @@ struct SegmentFigure {
   // member they write starts as the sentinel.
   std::vector<HookSegmentCP*> Run(const std::vector<float>& params) {
     std::vector<HookSegmentCP*> hooks;
+    std::vector<SegmentCP*> stack{carrier};
     for (float s : params) {
       HookSegmentCP* h = f.NewHook(s);
-      for (Vector* v : {&h->p, &h->hit, &h->hot, &h->pit, &h->pot, &h->mhit, &h->mhot, &h->mpit, &h->mpot}) {
+      for (Vector* v : {&h->p, &h->hit, &h->hot, &h->pit, &h->pot, &h->mhit, &h->mhot, &h->mpit, &h->mpot})
         *v = kSentinel;
-      }
       f.Open({h});
       hooks.push_back(h);
+      stack.push_back(h);
     }
-    SegmentCP* above = carrier;
-    for (HookSegmentCP* h : hooks) {
-      h->stackPrev = above;
-      above->stackNext = h;
-      above = h;
-    }
-    above->stackNext = nullptr;
-    carrier->SetHead();
+    TestFigure::Stack(stack);
     return hooks;
   }
   TestFigure& f;
@@ -116,9 +110,8 @@ TEST(HookRange, RunsOfOneTwoAndThreeHooksOnTheScreenAndMusclePaths) {
         ExpectVector(muscle ? h->mpot : h->pot, X(e.pot));
         // The other path's members are left alone.
         for (Vector* v : muscle ? std::vector<Vector*>{&h->hit, &h->hot, &h->pit, &h->pot}
-                                : std::vector<Vector*>{&h->mhit, &h->mhot, &h->mpit, &h->mpot}) {
+                                : std::vector<Vector*>{&h->mhit, &h->mhot, &h->mpit, &h->mpot})
           ExpectVector(*v, kSentinel);
-        }
       }
     }
   }

@@ -19,7 +19,6 @@ using splinecore::Vector;
 
 using ConstructFn = void (*)(SegmentCP*, FigureCache*);
 using MemberFn = void (*)(SegmentCP*);
-using TouchFn = void (*)(SegmentCP*, int);
 using FreeSplineFn = void (*)(SegmentCP*);
 using LengthFn = float (*)(SegmentCP*);
 
@@ -59,12 +58,10 @@ TEST(Dlopen, LoadsResolvesBuildsAFigureAndUnloads) {
     ASSERT_TRUE(library.Loaded()) << dlerror();
     auto construct = library.Resolve<ConstructFn>("_ZN10splinecore9SegmentCPC1EPNS_11FigureCacheE");
     auto setHead = library.Resolve<MemberFn>("_ZN10splinecore9SegmentCP7SetHeadEv");
-    auto touch = library.Resolve<TouchFn>("_ZN10splinecore9SegmentCP5TouchEi");
     auto deleteAll = library.Resolve<FreeSplineFn>("_ZN10splinecore11DeleteAllCPEPNS_9SegmentCPE");
     auto totalLength = library.Resolve<LengthFn>("_ZN10splinecore14GetTotalLengthEPNS_9SegmentCPE");
     ASSERT_NE(construct, nullptr);
     ASSERT_NE(setHead, nullptr);
-    ASSERT_NE(touch, nullptr);
     ASSERT_NE(deleteAll, nullptr);
     ASSERT_NE(totalLength, nullptr);
 
@@ -80,25 +77,18 @@ TEST(Dlopen, LoadsResolvesBuildsAFigureAndUnloads) {
     // An open spline of three peaked control points on the x axis, built in
     // AllocSeg blocks as the class's operator new would.
     SegmentCP* cps[3];
+    const float x[3] = {0, 1, 3};
     for (int i = 0; i < 3; ++i) {
       cps[i] = static_cast<SegmentCP*>(AllocSeg(sizeof(SegmentCP)));
       construct(cps[i], &cache);
       cps[i]->cache = &cache;
       setHead(cps[i]);
+      cps[i]->p = Vector(x[i], 0, 0);
+      if (i > 0) (cps[i]->prev = cps[i - 1])->next = cps[i];
     }
-    cps[0]->p = Vector(0, 0, 0);
-    cps[1]->p = Vector(1, 0, 0);
-    cps[2]->p = Vector(3, 0, 0);
-    cps[0]->next = cps[1];
-    cps[1]->prev = cps[0];
-    cps[1]->next = cps[2];
-    cps[2]->prev = cps[1];
     EXPECT_EQ(cache.nextId, 3u);
     EXPECT_EQ(cps[2]->id, 2u);
     EXPECT_EQ(cps[0]->head, cps[0]);
-
-    touch(cps[1], 1);
-    EXPECT_TRUE(cps[1]->IsTouched());
     // Collinear points: every chord lies on the axis, so the 60 chords add
     // up to the distance 3 up to float rounding of the running sums.
     EXPECT_NEAR(totalLength(cps[0]), 3.0f, 1e-5f);

@@ -2,8 +2,9 @@
 
 #include <cstring>
 #include <memory>
-#include <utility>
+#include <numeric>
 #include <random>
+#include <utility>
 #include <sstream>
 #include <vector>
 
@@ -189,10 +190,7 @@ std::vector<float> Ask(Figure& f, PointId id, int kind) {
   return out;
 }
 
-struct Query {
-  PointId id;
-  int kind;
-};
+struct Query { PointId id; int kind; };
 
 std::vector<Query> Queries(const Figure& f, std::uint32_t mask) {
   std::vector<Query> queries;
@@ -239,21 +237,16 @@ SoakResult RunSoak(const SoakOptions& options) {
       queries = Queries(live, options.queryMask);
       // The live figure answers in a random order, the fresh one in order.
       std::vector<std::size_t> order(queries.size());
-      for (std::size_t k = 0; k < order.size(); ++k) order[k] = k;
+      std::iota(order.begin(), order.end(), std::size_t{0});
       for (std::size_t k = order.size(); k > 1; --k)
         std::swap(order[static_cast<std::size_t>(r.Below(static_cast<int>(k)))], order[k - 1]);
       std::vector<std::vector<float>> answers(queries.size());
       for (std::size_t at : order) answers[at] = Ask(live, queries[at].id, queries[at].kind);
       bool same = true;
-      for (std::size_t k = 0; k < queries.size(); ++k) {
-        if (!SameBits(answers[k], Ask(fresh, queries[k].id, queries[k].kind))) same = false;
-      }
+      for (std::size_t k = 0; k < queries.size(); ++k)
+        same = SameBits(answers[k], Ask(fresh, queries[k].id, queries[k].kind)) && same;
       if (!same) {
         ++result.mismatches;
-        if (result.shortestEdits == 0 || e + 1 < result.shortestEdits) {
-          result.shortestEdits = e + 1;
-          result.shortest = log;
-        }
         if (result.report.size() < 4000) result.report += "mismatch after\n" + log;
         break;
       }

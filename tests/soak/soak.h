@@ -17,9 +17,7 @@ struct SoakResult {
   long figures = 0;
   long mismatches = 0;  // answers that differ from the fresh figure's
   long findings = 0;    // validator findings
-  std::string report;   // the first failures, each with seed and edit log
-  long shortestEdits = 0;  // the shortest edit log that led to a failure
-  std::string shortest;
+  std::string report;   // the first failures, each with its edit log
 };
 
 struct SoakOptions {

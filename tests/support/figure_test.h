@@ -17,18 +17,6 @@ namespace splinecore::test {
 
 inline const Vector kSentinel(-77, -77, -77);  // a member no code path writes
 
-// Links cps into one spline (closed: loopEnd on the last) as TestFigure's
-// Open or Closed would, without registering it for deletion.
-inline SegmentCP* Link(const std::vector<SegmentCP*>& cps, bool closed) {
-  const std::size_t n = cps.size();
-  for (std::size_t i = 0; i < n; ++i) {
-    cps[i]->prev = i > 0 ? cps[i - 1] : closed ? cps[n - 1] : nullptr;
-    cps[i]->next = i + 1 < n ? cps[i + 1] : closed ? cps[0] : nullptr;
-  }
-  if (closed) cps[n - 1]->OnLoopEnd();
-  return cps[0];
-}
-
 // The control points of a group list, in list order.
 inline std::vector<SegmentCP*> Listed(const GroupNode* list) {
   std::vector<SegmentCP*> out;

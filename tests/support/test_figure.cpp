@@ -70,44 +70,27 @@ HookSegmentCP* TestFigure::NewHook(float s, std::uint32_t flags) {
   return h;
 }
 
-SegmentCP* TestFigure::Open(std::initializer_list<SegmentCP*> cps) {
-  SegmentCP* before = nullptr;
-  for (SegmentCP* cp : cps) {
-    cp->prev = before;
-    cp->next = nullptr;
-    if (before != nullptr) before->next = cp;
-    before = cp;
+SegmentCP* Link(const std::vector<SegmentCP*>& cps, bool closed) {
+  const std::size_t n = cps.size();
+  for (std::size_t i = 0; i < n; ++i) {
+    cps[i]->prev = i > 0 ? cps[i - 1] : closed ? cps[n - 1] : nullptr;
+    cps[i]->next = i + 1 < n ? cps[i + 1] : closed ? cps[0] : nullptr;
   }
-  SegmentCP* first = *cps.begin();
-  splines_.push_back(first);
-  return first;
+  if (closed) cps[n - 1]->OnLoopEnd();
+  return cps[0];
 }
 
-SegmentCP* TestFigure::Closed(std::initializer_list<SegmentCP*> cps) {
-  SegmentCP* first = Open(cps);
-  SegmentCP* last = *(cps.end() - 1);
-  last->next = first;
-  first->prev = last;
-  last->OnLoopEnd();
-  return first;
-}
-
-void TestFigure::Stack(std::initializer_list<SegmentCP*> cps) {
-  SegmentCP* above = nullptr;
-  for (SegmentCP* cp : cps) {
-    cp->stackPrev = above;
-    cp->stackNext = nullptr;
-    if (above != nullptr) above->stackNext = cp;
-    above = cp;
+void TestFigure::Stack(const std::vector<SegmentCP*>& cps) {
+  for (std::size_t k = 0; k < cps.size(); ++k) {
+    cps[k]->stackPrev = k > 0 ? cps[k - 1] : nullptr;
+    cps[k]->stackNext = k + 1 < cps.size() ? cps[k + 1] : nullptr;
   }
-  (*cps.begin())->SetHead();
+  cps.front()->SetHead();
 }
 
 void TestFigure::Unregister(SegmentCP* first) {
   splines_.erase(std::remove(splines_.begin(), splines_.end(), first), splines_.end());
 }
-
-void TestFigure::Register(SegmentCP* first) { splines_.push_back(first); }
 
 MuscleTable* TestFigure::AddMuscleTable(std::uint16_t count) {
   auto owned = std::make_unique<OwnedTable>();

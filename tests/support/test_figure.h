@@ -19,6 +19,9 @@ Matrix IdentityMatrix();
 // Rows given as 12 floats, row-major (m00 m01 m02 m03 m10 ...).
 Matrix MakeMatrix(std::initializer_list<float> rows);
 
+// Links cps into one spline (closed: loopEnd on the last); returns the first.
+SegmentCP* Link(const std::vector<SegmentCP*>& cps, bool closed);
+
 class TestFigure {
  public:
   TestFigure();
@@ -35,16 +38,15 @@ class TestFigure {
   // A hook of this figure (hook flag set) with parameter s.
   HookSegmentCP* NewHook(float s, std::uint32_t flags = 0);
 
-  // Links cps into an open spline (or closed, setting loopEnd on the last)
-  // and registers it for deletion at teardown. Returns the first point.
-  SegmentCP* Open(std::initializer_list<SegmentCP*> cps);
-  SegmentCP* Closed(std::initializer_list<SegmentCP*> cps);
+  // Links cps into a spline registered for deletion at teardown.
+  SegmentCP* Open(const std::vector<SegmentCP*>& cps) { return Register(Link(cps, false)); }
+  SegmentCP* Closed(const std::vector<SegmentCP*>& cps) { return Register(Link(cps, true)); }
   // Links cps top to bottom into one stack and calls SetHead.
-  static void Stack(std::initializer_list<SegmentCP*> cps);
-  // Forget a registered spline (after the test deleted or relinked it);
-  // `first` becomes the registered first point instead when not null.
+  static void Stack(const std::vector<SegmentCP*>& cps);
+  // Forget a registered spline (after the test deleted or relinked it), or
+  // register one.
   void Unregister(SegmentCP* first);
-  void Register(SegmentCP* first);
+  SegmentCP* Register(SegmentCP* first) { return splines_.emplace_back(first); }
 
   // Muscle tables: the first call creates the current table with `count`
   // slots and links it into the figure's list.

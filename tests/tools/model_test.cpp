@@ -36,19 +36,16 @@ class Reader {
 
 // Spline inputs: count, closed, then x y z smooth per point.
 Figure Spline(Reader& in, int count, bool closed, const Matrix* view) {
-  Matrix m{};
-  if (view != nullptr) m = *view;
   SplineDesc spline;
   spline.closed = closed;
-  for (int i = 0; i < count; ++i) {
-    PointDesc p;
+  spline.points.resize(static_cast<std::size_t>(count));
+  for (PointDesc& p : spline.points) {
     p.at = in.V();
     p.smooth = in.F() != 0;
-    spline.points.push_back(p);
   }
   Figure figure;
   figure.AddSpline(spline);
-  if (view != nullptr) figure.SetView(m);
+  if (view != nullptr) figure.SetView(*view);
   figure.Validate();  // brings the figure into its canonical state
   return figure;
 }
@@ -79,22 +76,18 @@ std::vector<float> Replay(const std::string& op, const std::vector<float>& input
     put(it);
     put(ot);
     put(inNormal);
-    if (!std::isnan(inNormal.x)) {
-      EXPECT_TRUE(inNormal == outNormal);
-    }
+    EXPECT_TRUE(std::isnan(inNormal.x) || inNormal == outNormal);
     out.push_back(static_cast<float>(result));
   } else if (op == "lengths" || op == "at_length") {
     const int count = in.I();
     const bool closed = in.I() != 0;
     Matrix view{};
-    for (auto& row : view.m) {
+    for (auto& row : view.m)
       for (float& v : row) v = in.F();
-    }
     Figure figure = Spline(in, count, closed, &view);
     if (op == "lengths") {
-      for (int i = 0; i < count; ++i) {
+      for (int i = 0; i < count; ++i)
         if (figure.OwnsSegment(PointId{0, i})) out.push_back(figure.SegmentLength(PointId{0, i}));
-      }
       out.push_back(figure.SplineLength(0));
       out.push_back(GetTotalLength(figure.ControlPoint(PointId{0, count - 1})));
     } else {
@@ -172,11 +165,8 @@ TEST(FloatModel, LibraryMatchesTheModelBitForBit) {
     std::vector<float> inputs, expected;
     std::vector<float>* into = &inputs;
     while (words >> word) {
-      if (word == "=") {
-        into = &expected;
-      } else {
-        into->push_back(std::strtof(word.c_str(), nullptr));
-      }
+      if (word == "=") into = &expected;
+      else into->push_back(std::strtof(word.c_str(), nullptr));
     }
     SCOPED_TRACE(line);
     const std::vector<float> got = Replay(op, inputs);
