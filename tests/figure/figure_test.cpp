@@ -82,6 +82,7 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { f.AddMuscleEffect(PointId{7, 0}, nullptr); }, "point 7:0: no such spline");
   refused([&] { f.SplineName(3); }, "no such spline");
   refused([&] { f.SvgPath(-1, Space::kModel); }, "no such spline");
+  refused([&] { f.PointsAtLengths(1, {1.0f, -1.0f}); }, "point 1:0: lengths must be finite and not negative");
   const Matrix identity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
   Matrix nan = identity;
   nan.m[1][3] = NAN;
