@@ -159,8 +159,9 @@ void BareScreenPositions(Arrays& a, const Matrix& s) {
 }
 
 // The model tangents of point i from the screen positions: the tangent rule,
-// the deltas, the inverse screen transform.
-void BareTangents(Arrays& a, std::size_t i, const Matrix& inverse) {
+// the deltas, the inverse screen transform. Flattened like the library's
+// kernel (RefreshPlainPoint), so that neither side pays stack copies.
+[[gnu::flatten]] void BareTangents(Arrays& a, std::size_t i, const Matrix& inverse) {
   const auto at = [&](int k) -> const Vector& { return a.screenp[static_cast<std::size_t>(a.head[static_cast<std::size_t>(k)])]; };
   const int prev = a.prev[i], next = a.next[i];
   const Vector& P = at(static_cast<int>(i));
