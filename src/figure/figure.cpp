@@ -671,7 +671,8 @@ struct Figure::Impl {
                                   muscle);
         if (muscle) {
           const PointId id = flatIds[at];
-          musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] = c->head->p;
+          musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
+              plan.modelAt[plan.slots[k].head[0]];
         }
       }
     });
