@@ -489,6 +489,18 @@ struct Figure::Impl {
     Pass(order);
   }
 
+  // After the canonical pass the getters only read, except Getp outside
+  // muscle mode around a point with muscle data (it clears `converted`
+  // there): such a figure is measured on one thread.
+  bool GettersOnlyRead() const {
+    bool onlyReads = muscle;
+    if (!onlyReads) {
+      onlyReads = true;
+      for (const MuscleCPData* d : cpData) onlyReads = onlyReads && d == nullptr;
+    }
+    return onlyReads;
+  }
+
   // Runs f(first, end, part) on `parts` consecutive shares of the figure's
   // points, part 0 on this thread, and returns when all are done.
   template <class F>
@@ -1085,14 +1097,7 @@ float Figure::SplineLength(int spline) {
 std::vector<float> Figure::SplineLengths(int threads) {
   if (threads < 1) throw FigureError("threads must be at least 1");
   impl_->Canonicalize();
-  // After the canonical pass the getters only read, except Getp outside
-  // muscle mode around a point with muscle data (it clears `converted`
-  // there): such a figure is measured on one thread.
-  bool onlyReads = impl_->muscle;
-  if (!onlyReads) {
-    onlyReads = true;
-    for (const MuscleCPData* d : impl_->cpData) onlyReads = onlyReads && d == nullptr;
-  }
+  const bool onlyReads = impl_->GettersOnlyRead();
   const std::vector<Impl::Spline>& splines = impl_->splines;
   std::vector<float> out(splines.size());
   // Splines [first, end): each thread reads its own splines' segments and
@@ -1131,8 +1136,9 @@ PointOnSpline Figure::PointAtLength(int spline, float length) {
   return PointsAtLengths(spline, {length}).front();
 }
 
-std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector<float>& lengths) {
+std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector<float>& lengths, int threads) {
   SegmentCP* first = impl_->At(PointId{spline, 0});
+  if (threads < 1) throw FigureError("threads must be at least 1");
   for (float l : lengths)
     if (!std::isfinite(l) || l < 0.0f) Fail(PointId{spline, 0}, "lengths must be finite and not negative");
   impl_->Canonicalize();
@@ -1164,25 +1170,34 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
     end = walk.back()->GetNext();
   }
   const Matrix& view = impl_->view.viewMatrix;
-  std::vector<PointOnSpline> out;
-  out.reserve(lengths.size());
-  for (float l : lengths) {
-    PointOnSpline p{};
-    const auto at = std::upper_bound(steps.begin(), steps.end(), static_cast<double>(l),
-                                     [](double length, const Step& s) { return length < s.passed; });
-    if (at != steps.end()) {
-      const float rest = static_cast<float>(static_cast<double>(l) - at->before);
-      detail::PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
-    } else {
-      // Beyond the end, or no segment: the far end at parameter 0.
-      p.position = TransformPoint(view, end->Getp());
-      if (!steps.empty()) {
-        p.direction = end->Getot();
-        TransformDirection(view, p.direction);
+  std::vector<PointOnSpline> out(lengths.size());
+  // Each share's answers read the steps and the control points only.
+  auto answer = [&](std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < to; ++i) {
+      const float l = lengths[i];
+      PointOnSpline& p = out[i];
+      const auto at = std::upper_bound(steps.begin(), steps.end(), static_cast<double>(l),
+                                       [](double length, const Step& s) { return length < s.passed; });
+      if (at != steps.end()) {
+        const float rest = static_cast<float>(static_cast<double>(l) - at->before);
+        detail::PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
+      } else {
+        // Beyond the end, or no segment: the far end at parameter 0.
+        p.position = TransformPoint(view, end->Getp());
+        if (!steps.empty()) {
+          p.direction = end->Getot();
+          TransformDirection(view, p.direction);
+        }
       }
     }
-    out.push_back(p);
-  }
+  };
+  const std::size_t n = lengths.size();
+  const std::size_t parts =
+      impl_->GettersOnlyRead() ? std::min<std::size_t>(static_cast<std::size_t>(threads), n / 64 + 1) : 1;
+  std::vector<std::thread> workers;
+  for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(answer, n * k / parts, n * (k + 1) / parts);
+  answer(0, n / parts);
+  for (std::thread& w : workers) w.join();
   return out;
 }
 
