@@ -103,8 +103,10 @@ void BM_CachedGetter(benchmark::State& state) {
 // The refreshes' arithmetic on plain arrays in spline order, without caching:
 // the same inline kernels the library runs (the transforms, the tangent
 // rule, ApplyDelta), so the ratio to the library is what the lazy machinery
-// costs. Hook points keep the placement the library gave them and get no
-// tangent here (their rule interpolates partners' handles).
+// costs. Hook points keep the placement the library gave them (in muscle
+// mode, their muscle placement) and get no tangent here (their rule
+// interpolates partners' handles), so the library's hook work counts
+// against it.
 
 // The same grid in muscle mode (it carries no muscle effects), refreshed.
 GridFigure& MuscleGrid() {
