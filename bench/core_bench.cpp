@@ -103,15 +103,30 @@ void BM_CachedGetter(benchmark::State& state) {
 // The refreshes' arithmetic on plain arrays in spline order, without caching:
 // the same inline kernels the library runs (the transforms, the tangent
 // rule, ApplyDelta), so the ratio to the library is what the lazy machinery
-// costs. Hook points keep the placement the library gave them and get no
-// tangent here (their rule interpolates partners' handles).
+// costs. Hook points keep the placement the library gave them (in muscle
+// mode, their muscle placement) and get no tangent here (their rule
+// interpolates partners' handles), so the library's hook work counts
+// against it.
+
+// The same grid in muscle mode (it carries no muscle effects), refreshed.
+GridFigure& MuscleGrid() {
+  static GridFigure figure(kGrid);
+  static const bool refreshed = [] {
+    figure.figure().SetMuscleMode(true);
+    figure.figure().RefreshAll(Space::kMuscle);
+    return true;
+  }();
+  (void)refreshed;
+  return figure;
+}
 
 struct Arrays {
-  std::vector<Vector> p;  // the head's position (a hook's placed position)
+  std::vector<Vector> p;   // the head's position (a hook's placed position)
+  std::vector<Vector> mp;  // the same in muscle mode (a hook's muscle placement)
   std::vector<int> head, prev, next;
   std::vector<unsigned char> smooth, hook;
   std::vector<Delta> in, out;
-  std::vector<Vector> screenp, it, ot, screenit, screenot;
+  std::vector<Vector> screenp, it, ot, screenit, screenot, mit, mot;
 };
 
 Arrays& Plain() {
@@ -139,12 +154,20 @@ Arrays& Plain() {
       a.in.push_back(cp->indelta);
       a.out.push_back(cp->outdelta);
     }
+    Figure& muscle = MuscleGrid().figure();
+    for (int s = 0; s < muscle.SplineCount(); ++s)
+      for (int k = 0; k < muscle.PointCount(s); ++k) {
+        const std::size_t i = a.mp.size();
+        a.mp.push_back(a.hook[i] ? muscle.Position(PointId{s, k}, Space::kMuscle) : a.p[i]);
+      }
     const std::size_t n = points.size();
     a.screenp.resize(n);
     a.it.resize(n);
     a.ot.resize(n);
     a.screenit.resize(n);
     a.screenot.resize(n);
+    a.mit.resize(n);
+    a.mot.resize(n);
     return a;
   }();
   return arrays;
@@ -158,17 +181,20 @@ void BareScreenPositions(Arrays& a, const Matrix& s) {
     if (a.head[i] == static_cast<int>(i)) a.screenp[i] = TransformPoint(s, a.p[i]);
 }
 
-// The model tangents of point i from the screen positions: the tangent rule,
-// the deltas, the inverse screen transform.
-void BareTangents(Arrays& a, std::size_t i, const Matrix& inverse) {
-  const auto at = [&](int k) -> const Vector& { return a.screenp[static_cast<std::size_t>(a.head[static_cast<std::size_t>(k)])]; };
+// The tangents of point i by the tangent rule and the deltas, from the
+// heads' positions `at` (screen or model); `it` and `ot` hold the previous
+// values, which a lone point keeps.
+void BareRule(const Arrays& a, std::size_t i, const std::vector<Vector>& positions, Vector& it, Vector& ot) {
+  const auto at = [&](int k) -> const Vector& {
+    return positions[static_cast<std::size_t>(a.head[static_cast<std::size_t>(k)])];
+  };
   const int prev = a.prev[i], next = a.next[i];
   const Vector& P = at(static_cast<int>(i));
   const Vector A = prev >= 0 ? at(prev) : detail::kZeroVector;
   const Vector B = next >= 0 ? at(next) : detail::kZeroVector;
   const Delta in = a.in[i], out = a.out[i];
   const bool turn = !(detail::MakesNoTurn(in) && detail::MakesNoTurn(out));
-  Vector it = a.it[i], ot = a.ot[i], inNormal, outNormal;
+  Vector inNormal, outNormal;
   Vector* inN = turn ? &inNormal : nullptr;
   Vector* outN = turn ? &outNormal : nullptr;
   int normals;
@@ -188,15 +214,33 @@ void BareTangents(Arrays& a, std::size_t i, const Matrix& inverse) {
     detail::ApplyDelta(it, in.pitch, in.yaw, in.magnitude, inNormal);
     detail::ApplyDelta(ot, out.pitch, out.yaw, out.magnitude, outNormal);
   }
-  TransformDirection(inverse, ot);
-  TransformDirection(inverse, it);
-  a.it[i] = it;
-  a.ot[i] = ot;
 }
 
-void BareModelTangents(Arrays& a, const Matrix& inverse) {
-  for (std::size_t i = 0; i < a.p.size(); ++i)
-    if (!a.hook[i]) BareTangents(a, i, inverse);
+// The model tangents, found from the screen positions and turned back by
+// the inverse screen transform. Flattened like the library's kernel
+// (RefreshPlainPoint), so that neither side pays stack copies.
+[[gnu::flatten]] void BareModelTangents(Arrays& a, const Matrix& inverse) {
+  for (std::size_t i = 0; i < a.p.size(); ++i) {
+    if (a.hook[i]) continue;
+    Vector it = a.it[i], ot = a.ot[i];
+    BareRule(a, i, a.screenp, it, ot);
+    TransformDirection(inverse, ot);
+    TransformDirection(inverse, it);
+    a.it[i] = it;
+    a.ot[i] = ot;
+  }
+}
+
+// Muscle mode without effects: the rule on the model positions, then the
+// handle points a third of the tangent from the position.
+[[gnu::flatten]] void BareMuscleHandles(Arrays& a) {
+  for (std::size_t i = 0; i < a.p.size(); ++i) {
+    if (a.hook[i]) continue;
+    Vector it = a.mit[i], ot = a.mot[i];
+    BareRule(a, i, a.mp, it, ot);
+    a.mit[i] = it * kInThird + a.p[i];
+    a.mot[i] = ot * kOutThird + a.p[i];
+  }
 }
 
 void BareScreenHandles(Arrays& a, const Matrix& s) {
@@ -207,8 +251,8 @@ void BareScreenHandles(Arrays& a, const Matrix& s) {
   }
 }
 
-// The floor must compute what the library computes: every tangent (hooks
-// aside) and screen value compared bit for bit once.
+// The floor must compute what the library computes: every tangent and
+// muscle handle (hooks aside) and screen value compared bit for bit once.
 bool FloorMatchesLibrary() {
   static const bool same = [] {
     Arrays& a = Plain();
@@ -221,8 +265,11 @@ bool FloorMatchesLibrary() {
         a.ot[i] = Grid().points()[i]->ot;
       }
     BareScreenHandles(a, v.screenMatrix);
+    BareMuscleHandles(a);
     for (std::size_t i = 0; i < a.p.size(); ++i) {
       SegmentCP* cp = Grid().points()[i];
+      const SegmentCP* m = MuscleGrid().points()[i];
+      if (!a.hook[i] && (!(a.mit[i] == m->mit) || !(a.mot[i] == m->mot))) return false;
       if (a.head[i] == static_cast<int>(i) && !(a.screenp[i] == cp->screenp)) return false;
       if (!a.hook[i] && (!(a.it[i] == cp->it) || !(a.ot[i] == cp->ot) || !(a.screenit[i] == cp->screenit) ||
                          !(a.screenot[i] == cp->screenot)))
@@ -236,7 +283,7 @@ bool FloorMatchesLibrary() {
 // The floor of a refresh: screen positions, then the model tangents (a
 // model refresh), the screen handles (a screen refresh) or both (everything
 // a new screen transform stales), on the plain arrays.
-template <bool Tangents, bool Handles>
+template <bool Tangents, bool Handles, bool Muscle = false>
 void BM_BareRefresh(benchmark::State& state) {
   if (!FloorMatchesLibrary()) return state.SkipWithError("the bare loop and the library disagree");
   Arrays& a = Plain();
@@ -245,6 +292,7 @@ void BM_BareRefresh(benchmark::State& state) {
     BareScreenPositions(a, v.screenMatrix);
     if (Tangents) BareModelTangents(a, v.inverseScreenMatrix);
     if (Handles) BareScreenHandles(a, v.screenMatrix);
+    if (Muscle) BareMuscleHandles(a);
     benchmark::ClobberMemory();
   }
   PerPoint(state, a.p.size());
@@ -262,11 +310,22 @@ void BM_FigureWholeRefresh(benchmark::State& state) {
   PerPoint(state, figure.points().size());
 }
 
+// The same in muscle mode.
+void BM_FigureMuscleRefresh(benchmark::State& state) {
+  GridFigure& figure = MuscleGrid();
+  const ViewRecord v = figure.view();
+  for (auto _ : state) {
+    figure.figure().SetScreen(v.screenMatrix, v.inverseScreenMatrix);
+    figure.figure().RefreshAll(Space::kMuscle);
+  }
+  PerPoint(state, figure.points().size());
+}
+
 // The same on about 10^6 control points, on one thread beside two.
 void RefreshMillionOn(benchmark::State& state, int threads) {
   static GridFigure figure(707);
   const ViewRecord v = figure.view();
-  figure.figure().RefreshAll(Space::kScreen);
+  figure.figure().RefreshAll(Space::kScreen, threads);  // the plan for this many threads, made once
   for (auto _ : state) {
     figure.figure().SetScreen(v.screenMatrix, v.inverseScreenMatrix);
     figure.figure().RefreshAll(Space::kScreen, threads);
@@ -293,6 +352,11 @@ const bool kRegistered = [] {
   benchmark::RegisterBenchmark((std::string(whole) + "/Figure RefreshAll").c_str(), BM_FigureWholeRefresh)
       ->Unit(benchmark::kMillisecond);
   benchmark::RegisterBenchmark((std::string(whole) + "/bare loop").c_str(), BM_BareRefresh<true, true>)
+      ->Unit(benchmark::kMillisecond);
+  const char* muscle = "Refresh after SetScreen, muscle mode, 100k cps";
+  benchmark::RegisterBenchmark((std::string(muscle) + "/Figure RefreshAll").c_str(), BM_FigureMuscleRefresh)
+      ->Unit(benchmark::kMillisecond);
+  benchmark::RegisterBenchmark((std::string(muscle) + "/bare loop").c_str(), BM_BareRefresh<true, true, true>)
       ->Unit(benchmark::kMillisecond);
   // Timed by the wall clock (the ratio table does so for " thread" cases).
   const char* million = "RefreshAll after SetScreen, 10^6 cps";

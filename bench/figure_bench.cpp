@@ -63,6 +63,14 @@ void BM_LengthsOneWalk(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(s.f.PointsAtLengths(0, s.lengths));
 }
 
+// The same lengths answered on one thread beside two.
+void LengthsOn(benchmark::State& state, int threads) {
+  static LongSpline s;
+  for (auto _ : state) benchmark::DoNotOptimize(s.f.PointsAtLengths(0, s.lengths, threads));
+}
+void BM_Lengths1(benchmark::State& state) { LengthsOn(state, 1); }
+void BM_Lengths2(benchmark::State& state) { LengthsOn(state, 2); }
+
 void BM_LengthsWalkEach(benchmark::State& state) {
   LongSpline s;
   SegmentCP* first = s.f.ControlPoint(PointId{0, 0});
@@ -102,6 +110,9 @@ void BM_SplineLengths2(benchmark::State& state) { SplineLengthsOn(state, 2); }
 // Timed by the wall clock (the ratio table does so for " thread" cases).
 BENCHMARK(BM_SplineLengths1)->Name("Spline lengths, 10^6 points/1 thread")->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_SplineLengths2)->Name("Spline lengths, 10^6 points/2 threads")->Unit(benchmark::kMillisecond)->UseRealTime();
+
+BENCHMARK(BM_Lengths1)->Name("10^4 lengths on threads, 1000 segments/1 thread")->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Lengths2)->Name("10^4 lengths on threads, 1000 segments/2 threads")->Unit(benchmark::kMillisecond)->UseRealTime();
 
 BENCHMARK(BM_LengthsOneWalk)->Name("10^4 lengths, 1000 segments/one walk")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LengthsWalkEach)->Name("10^4 lengths, 1000 segments/a walk per length")->Unit(benchmark::kMillisecond);

@@ -253,7 +253,9 @@ class SPLINECORE_API Figure {
   PointOnSpline PointAtLength(int spline, float length);
   /// The same for many lengths, in any order, in one walk of the spline that
   /// measures each segment once; bit for bit the answers of PointAtLength.
-  std::vector<PointOnSpline> PointsAtLengths(int spline, const std::vector<float>& lengths);
+  /// The lengths are answered in shares on `threads` threads (at least 1),
+  /// as SplineLengths splits its work: the same bits for any number.
+  std::vector<PointOnSpline> PointsAtLengths(int spline, const std::vector<float>& lengths, int threads = 1);
   /// View-space points along the spline by forward differencing, `steps`
   /// (1 to 65535) per segment, in travel order: each segment from parameter 0
   /// (its owner's next) to 1, the segments from the spline's far end back to

@@ -22,16 +22,6 @@ inline constexpr std::uint32_t kDerivedFlags = cpflag::modelCaches | cpflag::scr
 inline constexpr float kHandleInThird = -0.3333333432674408f;
 inline constexpr float kHandleOutThird = 0.3333333432674408f;
 
-// A non-hook head without muscle data: its screen position, as Getscreenp
-// leaves it (flag and both stamps current); returned too.
-inline Vector RefreshHeadScreen(SegmentCP* h, const Matrix& screen) {
-  h->screenp = TransformPoint(screen, h->p);
-  h->flags |= cpflag::screenpCached;
-  h->stamp = h->cache->generation;
-  h->screenStamp = h->cache->screenGeneration;
-  return h->screenp;
-}
-
 // Where RefreshPlainPoint reads positions: per point, the slots of the
 // heads of c, prev, next and the second neighbour an open end reads (slot
 // order as TangentRule's roles), in the arrays of the heads' screen and
@@ -42,13 +32,16 @@ struct PlainSlots {
 
 // Every derived member of a non-hook c whose neighbours and second
 // neighbours are no hooks and whose stacks, and theirs, hold no muscle data,
-// after its head and theirs went through RefreshHeadScreen (their screen
-// and model positions also in `screenAt` and `modelAt` at the slots): the
+// from the screen and model positions of its head and theirs in `screenAt`
+// and `modelAt` at the slots: a head's screen position, the
 // model tangents found in screen space (Convert), the screen handles and,
 // in muscle mode, the muscle handles (MConvert, then the handle points),
 // with the flags and stamps the getters leave.
-inline void RefreshPlainPoint(SegmentCP* c, const PlainSlots& slots, const Vector* screenAt, const Vector* modelAt,
-                              const Matrix& screen, const Matrix& inverse, bool muscle) {
+// Flattened: the rule's tangents stay in registers instead of reaching the
+// point through stack copies that stall store forwarding.
+[[gnu::flatten]] inline void RefreshPlainPoint(SegmentCP* c, const PlainSlots& slots, const Vector* screenAt,
+                                               const Vector* modelAt, const Matrix& screen, const Matrix& inverse,
+                                               bool muscle) {
   const bool isHead = c->head == c;
   Vector it = kZeroVector;
   Vector ot = kZeroVector;
@@ -64,11 +57,8 @@ inline void RefreshPlainPoint(SegmentCP* c, const PlainSlots& slots, const Vecto
   c->screenot = TransformPoint(screen, ot * kHandleOutThird + at);
   std::uint32_t flags = (c->flags & ~kDerivedFlags) | cpflag::itCached | cpflag::otCached | cpflag::converted |
                         cpflag::screenitCached | cpflag::screenotCached;
-  if (isHead) {
-    flags |= cpflag::screenpCached;
-  } else {
-    c->screenp = kZeroVector;
-  }
+  if (isHead) flags |= cpflag::screenpCached;
+  c->screenp = isHead ? screenAt[slots.head[0]] : kZeroVector;
   Vector mit = kZeroVector;
   Vector mot = kZeroVector;
   if (muscle) {

@@ -4,6 +4,7 @@
 #include "splinecore/figure.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -149,16 +150,23 @@ struct Figure::Impl {
   std::vector<PointId> flatIds;
   bool flatFresh = false;
   bool validated = false;
-  // RefreshWhole's plan, kept while the structure and the mode stay: the
-  // heads whose screen position it computes, the points it computes whole
-  // (by their index in `flat`), and the points left to the getters, in
-  // figure order and marked by id.
+  // RefreshWhole's plan, kept while the structure, the mode and the number
+  // of parts stay: the points it computes whole (by their index in `flat`),
+  // the heads whose positions those read, and the points left to the
+  // getters, in figure order and marked by id.
   struct Plan {
     bool fresh = false;
     bool muscle = false;
-    std::vector<SegmentCP*> heads;
+    std::size_t parts = 0;
     std::vector<std::size_t> plain;
     std::vector<detail::PlainSlots> slots;  // per plain point, into the heads
+    // The heads read by plain points of more than one part come first
+    // (`shared` of them, computed before the plain points); each of the
+    // others just before the first plain point that reads it: plain point k
+    // computes the heads up to headsUntil[k].
+    std::vector<SegmentCP*> heads;
+    std::size_t shared = 0;
+    std::vector<std::uint32_t> headsUntil;
     std::vector<Vector> screenAt;  // per head, its screen position ...
     std::vector<Vector> modelAt;   // ... and its model position, each refresh
     std::vector<std::pair<PointId, SegmentCP*>> lazy;
@@ -456,9 +464,9 @@ struct Figure::Impl {
     }
     cache.generation = 0;
     cache.screenGeneration = 0;
+    // Every point's entry is written by the pass in muscle mode and read only there.
     musclePositions.resize(splines.size());
-    for (std::size_t i = 0; i < splines.size(); ++i)
-      musclePositions[i].assign(splines[i].points.size(), Vector(0, 0, 0));
+    for (std::size_t i = 0; i < splines.size(); ++i) musclePositions[i].resize(splines[i].points.size());
     if (!flatFresh) {
       plan.fresh = false;
       flat.clear();
@@ -481,6 +489,18 @@ struct Figure::Impl {
     Pass(order);
   }
 
+  // After the canonical pass the getters only read, except Getp outside
+  // muscle mode around a point with muscle data (it clears `converted`
+  // there): such a figure is measured on one thread.
+  bool GettersOnlyRead() const {
+    bool onlyReads = muscle;
+    if (!onlyReads) {
+      onlyReads = true;
+      for (const MuscleCPData* d : cpData) onlyReads = onlyReads && d == nullptr;
+    }
+    return onlyReads;
+  }
+
   // Runs f(first, end, part) on `parts` consecutive shares of the figure's
   // points, part 0 on this thread, and returns when all are done.
   template <class F>
@@ -497,9 +517,8 @@ struct Figure::Impl {
   // steps along the spline), and in muscle mode the carriers (their turn
   // places their runs). The others' values depend only on model positions,
   // their own deltas and the transforms, and asking for them changes no
-  // other point. Also the heads whose screen position is computed directly:
-  // every non-hook head outside stacks with muscle data.
-  void MakePlan() {
+  // other point; they are split into `parts` consecutive shares.
+  void MakePlan(std::size_t parts) {
     const std::size_t ids = cache.nextId;
     std::vector<unsigned char> muscleStack(ids, 0);
     for (SegmentCP* c : flat)
@@ -510,7 +529,6 @@ struct Figure::Impl {
     };
     plan = Plan{};
     plan.lazyById.assign(ids, 0);
-    std::vector<std::uint32_t> slotById(ids, 0);
     for (std::size_t k = 0; k < flat.size(); ++k) {
       SegmentCP* c = flat[k];
       const bool reached = special(c) || special(c->prev) || special(c->next) ||
@@ -522,24 +540,52 @@ struct Figure::Impl {
       } else {
         plan.plain.push_back(k);
       }
-      if (c->head == c && !c->IsHook() && muscleStack[c->id] == 0) {
-        slotById[c->id] = static_cast<std::uint32_t>(plan.heads.size());
-        plan.heads.push_back(c);
-      }
     }
-    // A missing neighbour's slot is never read.
-    auto slot = [&slotById](const SegmentCP* x) { return x != nullptr ? slotById[x->head->id] : 0u; };
-    for (std::size_t k : plan.plain) {
-      SegmentCP* c = flat[k];
+    // The heads each plain point reads, by role (null: no such neighbour,
+    // its slot is never read); the part of the first reader of each head,
+    // and whether a later part reads it too.
+    const std::size_t n = plan.plain.size();
+    std::vector<std::array<SegmentCP*, 4>> reads(n);
+    constexpr std::size_t kUnread = ~std::size_t{0};
+    std::vector<std::size_t> firstPart(ids, kUnread);
+    std::vector<unsigned char> sharedById(ids, 0);
+    for (std::size_t part = 0, k = 0; k < n; ++k) {
+      while (k >= n * (part + 1) / parts) ++part;
+      SegmentCP* c = flat[plan.plain[k]];
       SegmentCP* second = nullptr;
       if (c->prev == nullptr && c->next != nullptr) second = c->next->next;
       if (c->next == nullptr && c->prev != nullptr) second = c->prev->prev;
-      plan.slots.push_back(detail::PlainSlots{{slot(c), slot(c->prev), slot(c->next), slot(second)}});
+      reads[k] = {c->head, c->prev, c->next, second};
+      for (SegmentCP*& x : reads[k]) {
+        if (x == nullptr) continue;
+        x = x->head;
+        if (firstPart[x->id] == kUnread) firstPart[x->id] = part;
+        if (firstPart[x->id] != part) sharedById[x->id] = 1;
+      }
+    }
+    std::vector<std::uint32_t> slotById(ids, 0);
+    auto take = [&](SegmentCP* h) {
+      slotById[h->id] = static_cast<std::uint32_t>(plan.heads.size());
+      plan.heads.push_back(h);
+      firstPart[h->id] = kUnread;  // taken
+    };
+    for (const auto& r : reads)
+      for (SegmentCP* h : r)
+        if (h != nullptr && sharedById[h->id] != 0 && firstPart[h->id] != kUnread) take(h);
+    plan.shared = plan.heads.size();
+    for (std::size_t k = 0; k < n; ++k) {
+      for (SegmentCP* h : reads[k])
+        if (h != nullptr && firstPart[h->id] != kUnread) take(h);
+      plan.headsUntil.push_back(static_cast<std::uint32_t>(plan.heads.size()));
+      auto slot = [&slotById](const SegmentCP* h) { return h != nullptr ? slotById[h->id] : 0u; };
+      const auto& r = reads[k];
+      plan.slots.push_back(detail::PlainSlots{{slot(r[0]), slot(r[1]), slot(r[2]), slot(r[3])}});
     }
     plan.screenAt.resize(plan.heads.size());
     plan.modelAt.resize(plan.heads.size());
     MakeGroups();
     plan.muscle = muscle;
+    plan.parts = parts;
     plan.fresh = true;
   }
 
@@ -602,42 +648,43 @@ struct Figure::Impl {
   }
 
   // Recompute's bits in phases; within a phase each thread writes only the
-  // points of its own share. (1) The points left to the getters are reset;
-  // (2) every head outside stacks with muscle data gets its screen position
-  // (kept beside its model position in the plan); (3) every other point gets
-  // its values from those (RefreshPlainPoint); (4) the points left to the
-  // getters go through them as in Pass, whole groups to a thread, each in
-  // figure order, finding the others' values cached.
+  // points of its own share. (1) The points left to the getters are reset
+  // and the shared heads' positions computed; (2) the plain points get their
+  // values (RefreshPlainPoint), each share in figure order computing its
+  // other heads' positions as it first needs them; (3) the points left to
+  // the getters go through them as in Pass, whole groups to a thread, each
+  // in figure order, finding the others' values cached.
   void RefreshWhole(int threads) {
     StartWhole();
-    if (!plan.fresh || plan.muscle != muscle) MakePlan();
     const std::size_t parts =
         std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
+    if (!plan.fresh || plan.muscle != muscle || plan.parts != parts) MakePlan(parts);
     const Matrix& screen = view.screenMatrix;
     const Matrix& inverse = view.inverseScreenMatrix;
+    auto position = [&](std::size_t h) {
+      plan.modelAt[h] = plan.heads[h]->p;
+      plan.screenAt[h] = TransformPoint(screen, plan.modelAt[h]);
+    };
     // Share `part` of n items.
     auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
     OnThreads(parts, [&](std::size_t part) {
       const std::size_t lazy = plan.lazy.size();
       for (std::size_t k = first(lazy, part); k < first(lazy, part + 1); ++k) Reset(plan.lazy[k].second);
+      for (std::size_t h = first(plan.shared, part); h < first(plan.shared, part + 1); ++h) position(h);
     });
     OnThreads(parts, [&](std::size_t part) {
-      const std::size_t heads = plan.heads.size();
-      for (std::size_t k = first(heads, part); k < first(heads, part + 1); ++k) {
-        plan.screenAt[k] = detail::RefreshHeadScreen(plan.heads[k], screen);
-        plan.modelAt[k] = plan.heads[k]->p;
-      }
-    });
-    OnThreads(parts, [&](std::size_t part) {
-      const std::size_t plain = plan.plain.size();
-      for (std::size_t k = first(plain, part); k < first(plain, part + 1); ++k) {
+      const std::size_t start = first(plan.plain.size(), part);
+      std::size_t h = start == 0 ? plan.shared : plan.headsUntil[start - 1];
+      for (std::size_t k = start; k < first(plan.plain.size(), part + 1); ++k) {
+        for (; h < plan.headsUntil[k]; ++h) position(h);
         const std::size_t at = plan.plain[k];
         SegmentCP* c = flat[at];
         detail::RefreshPlainPoint(c, plan.slots[k], plan.screenAt.data(), plan.modelAt.data(), screen, inverse,
                                   muscle);
         if (muscle) {
           const PointId id = flatIds[at];
-          musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] = c->head->p;
+          musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
+              plan.modelAt[plan.slots[k].head[0]];
         }
       }
     });
@@ -1046,14 +1093,7 @@ float Figure::SplineLength(int spline) {
 std::vector<float> Figure::SplineLengths(int threads) {
   if (threads < 1) throw FigureError("threads must be at least 1");
   impl_->Canonicalize();
-  // After the canonical pass the getters only read, except Getp outside
-  // muscle mode around a point with muscle data (it clears `converted`
-  // there): such a figure is measured on one thread.
-  bool onlyReads = impl_->muscle;
-  if (!onlyReads) {
-    onlyReads = true;
-    for (const MuscleCPData* d : impl_->cpData) onlyReads = onlyReads && d == nullptr;
-  }
+  const bool onlyReads = impl_->GettersOnlyRead();
   const std::vector<Impl::Spline>& splines = impl_->splines;
   std::vector<float> out(splines.size());
   // Splines [first, end): each thread reads its own splines' segments and
@@ -1092,8 +1132,9 @@ PointOnSpline Figure::PointAtLength(int spline, float length) {
   return PointsAtLengths(spline, {length}).front();
 }
 
-std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector<float>& lengths) {
+std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector<float>& lengths, int threads) {
   SegmentCP* first = impl_->At(PointId{spline, 0});
+  if (threads < 1) throw FigureError("threads must be at least 1");
   for (float l : lengths)
     if (!std::isfinite(l) || l < 0.0f) Fail(PointId{spline, 0}, "lengths must be finite and not negative");
   impl_->Canonicalize();
@@ -1125,25 +1166,34 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
     end = walk.back()->GetNext();
   }
   const Matrix& view = impl_->view.viewMatrix;
-  std::vector<PointOnSpline> out;
-  out.reserve(lengths.size());
-  for (float l : lengths) {
-    PointOnSpline p{};
-    const auto at = std::upper_bound(steps.begin(), steps.end(), static_cast<double>(l),
-                                     [](double length, const Step& s) { return length < s.passed; });
-    if (at != steps.end()) {
-      const float rest = static_cast<float>(static_cast<double>(l) - at->before);
-      detail::PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
-    } else {
-      // Beyond the end, or no segment: the far end at parameter 0.
-      p.position = TransformPoint(view, end->Getp());
-      if (!steps.empty()) {
-        p.direction = end->Getot();
-        TransformDirection(view, p.direction);
+  std::vector<PointOnSpline> out(lengths.size());
+  // Each share's answers read the steps and the control points only.
+  auto answer = [&](std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < to; ++i) {
+      const float l = lengths[i];
+      PointOnSpline& p = out[i];
+      const auto at = std::upper_bound(steps.begin(), steps.end(), static_cast<double>(l),
+                                       [](double length, const Step& s) { return length < s.passed; });
+      if (at != steps.end()) {
+        const float rest = static_cast<float>(static_cast<double>(l) - at->before);
+        detail::PositionDirectionInSegment(at->c, rest, &p.position, &p.direction);
+      } else {
+        // Beyond the end, or no segment: the far end at parameter 0.
+        p.position = TransformPoint(view, end->Getp());
+        if (!steps.empty()) {
+          p.direction = end->Getot();
+          TransformDirection(view, p.direction);
+        }
       }
     }
-    out.push_back(p);
-  }
+  };
+  const std::size_t n = lengths.size();
+  const std::size_t parts =
+      impl_->GettersOnlyRead() ? std::min<std::size_t>(static_cast<std::size_t>(threads), n / 64 + 1) : 1;
+  std::vector<std::thread> workers;
+  for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(answer, n * k / parts, n * (k + 1) / parts);
+  answer(0, n / parts);
+  for (std::thread& w : workers) w.join();
   return out;
 }
 

@@ -1,6 +1,6 @@
 // Whole-figure refresh: after RefreshAll every member of every control point
 // holds the bits the lazy queries leave, the raw getters then only read, and
-// the threaded batch lengths give the one-thread bits.
+// the threaded batch lengths and points at lengths give the one-thread bits.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -142,7 +142,7 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
   EXPECT_THROW(plain.RefreshAll(Space::kScreen, 0), FigureError);
 }
 
-TEST(SplineLengths, AnyNumberOfThreadsGivesEachSplineLengthsBits) {
+TEST(SplineLengths, AnyNumberOfThreadsGivesOneThreadsBits) {
   std::vector<FigureDescription> figures = SharedFigures();
   figures.push_back(bench::GridDescription(46));  // enough segments for every thread to get a share
   for (std::size_t k = 0; k < figures.size(); ++k) {
@@ -155,9 +155,26 @@ TEST(SplineLengths, AnyNumberOfThreadsGivesEachSplineLengthsBits) {
       for (std::size_t s = 0; s < one.size(); ++s)
         EXPECT_EQ(std::memcmp(&many[s], &one[s], sizeof(float)), 0) << "figure " << k << ", spline " << s;
     }
+    // Points at 200 lengths, unsorted, past the end too, on the longest
+    // spline: each point's bits from PointAtLength.
+    int longest = 0;
+    for (int s = 1; s < f.SplineCount(); ++s)
+      if (f.PointCount(s) > f.PointCount(longest)) longest = s;
+    std::vector<float> lengths;
+    for (int i = 0; i < 200; ++i) lengths.push_back(one[static_cast<std::size_t>(longest)] * ((i * 37) % 200) / 180.0f);
+    for (int threads : {2, 3}) {
+      const std::vector<PointOnSpline> at = f.PointsAtLengths(longest, lengths, threads);
+      ASSERT_EQ(at.size(), lengths.size());
+      for (std::size_t i = 0; i < lengths.size(); ++i) {
+        const PointOnSpline alone = f.PointAtLength(longest, lengths[i]);
+        EXPECT_EQ(std::memcmp(&at[i], &alone, sizeof alone), 0) << "figure " << k << ", length " << i;
+      }
+    }
   }
   Figure empty;
   EXPECT_THROW(empty.SplineLengths(0), FigureError);
+  Figure some(figures.front());
+  EXPECT_THROW(some.PointsAtLengths(0, {1.0f}, 0), FigureError);
 }
 
 }  // namespace
