@@ -67,7 +67,7 @@ class CustomEffect final : public MuscleEffect {
   CustomEffect(const CustomMuscleEffect* effect, const void* figure, IdOf idOf)
       : effect(effect), figure(figure), idOf(idOf) {}
   std::int32_t ApplyToPosition(std::int32_t, SegmentCP* cp, Vector* position) override {
-    return effect->MovePosition(idOf(figure, cp), position) ? 1 : 0;
+    return effect->MovePosition(idOf(figure, cp), position);  // 1 when moved
   }
   std::int16_t ApplyToInDelta(std::int32_t, SegmentCP* cp, Delta* delta) override {
     return static_cast<std::int16_t>(effect->AdjustInDelta(idOf(figure, cp), delta));
@@ -148,16 +148,13 @@ struct Figure::Impl {
   // changes; whether the figure passed validation since it last changed.
   std::vector<SegmentCP*> flat;
   std::vector<PointId> flatIds;
-  bool flatFresh = false;
-  bool validated = false;
   // RefreshWhole's plan, kept while the structure, the mode and the number
-  // of parts stay: the points it computes whole (by their index in `flat`),
+  // of parts stay (no parts: no plan): the points it computes whole (by their index in `flat`),
   // the heads whose positions those read, and the points left to the
   // getters, in figure order and marked by id.
   struct Plan {
-    bool fresh = false;
-    bool muscle = false;
     std::size_t parts = 0;
+    bool muscle{};
     std::vector<std::size_t> plain;
     std::vector<detail::PlainSlots> slots;  // per plain point, into the heads
     // The heads read by plain points of more than one part come first
@@ -276,8 +273,7 @@ struct Figure::Impl {
   void Touched() {
     Restaled();
     ids.clear();
-    flatFresh = false;
-    validated = false;
+    flat.clear();
   }
 
   // An edit that changes no structure but may change every derived value
@@ -287,7 +283,7 @@ struct Figure::Impl {
   // After the point at `removed` left its spline: the ids of the points
   // after it move down by one.
   void Renumbered(PointId removed) {
-    flatFresh = false;
+    flat.clear();
     const std::size_t spline = static_cast<std::size_t>(removed.spline);
     if (musclePositions.size() == splines.size() &&
         static_cast<std::size_t>(removed.index) < musclePositions[spline].size())
@@ -454,30 +450,26 @@ struct Figure::Impl {
     Pass(order, readHooks);
   }
 
-  // Validation (once after each change of structure), fresh counters and
-  // room for the muscle positions: what a whole pass starts from.
+  // Validation and the points in figure order (once after each change of
+  // structure: `flat` is empty then), fresh counters and room for the muscle
+  // positions: what a whole pass starts from.
   void StartWhole() {
-    if (!validated) {
+    if (flat.empty()) {
       std::vector<std::string> problems = ValidateAll();
       if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
-      validated = true;
-    }
-    cache.generation = 0;
-    cache.screenGeneration = 0;
-    // Every point's entry is written by the pass in muscle mode and read only there.
-    musclePositions.resize(splines.size());
-    for (std::size_t i = 0; i < splines.size(); ++i) musclePositions[i].resize(splines[i].points.size());
-    if (!flatFresh) {
-      plan.fresh = false;
-      flat.clear();
+      plan.parts = 0;
       flatIds.clear();
       for (std::size_t i = 0; i < splines.size(); ++i)
         for (std::size_t j = 0; j < splines[i].points.size(); ++j) {
           flat.push_back(splines[i].points[j]);
           flatIds.push_back(PointId{static_cast<int>(i), static_cast<int>(j)});
         }
-      flatFresh = true;
     }
+    cache.generation = 0;
+    cache.screenGeneration = 0;
+    // Every point's entry is written by the pass in muscle mode and read only there.
+    musclePositions.resize(splines.size());
+    for (std::size_t i = 0; i < splines.size(); ++i) musclePositions[i].resize(splines[i].points.size());
   }
 
   // The pass over the whole figure, from fresh counters.
@@ -586,7 +578,6 @@ struct Figure::Impl {
     MakeGroups();
     plan.muscle = muscle;
     plan.parts = parts;
-    plan.fresh = true;
   }
 
   void MakeGroups() {
@@ -658,7 +649,7 @@ struct Figure::Impl {
     StartWhole();
     const std::size_t parts =
         std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
-    if (!plan.fresh || plan.muscle != muscle || plan.parts != parts) MakePlan(parts);
+    if (plan.parts != parts || plan.muscle != muscle) MakePlan(parts);
     const Matrix& screen = view.screenMatrix;
     const Matrix& inverse = view.inverseScreenMatrix;
     auto position = [&](std::size_t h) {
@@ -1288,7 +1279,7 @@ FigureDescription Figure::Describe() const {
       if (c->id >= m.cpData.size() || m.cpData[c->id] == nullptr) continue;
       for (MuscleEffect* e = m.cpData[c->id]->effects; e != nullptr; e = e->next) {
         const auto custom = m.customs.find(e);
-        if (custom != m.customs.end()) d.muscleEffects.push_back(MuscleEffectDesc{m.IdOf(c), {0, 0, 0}, custom->second});
+        if (custom != m.customs.end()) d.muscleEffects.push_back(MuscleEffectDesc{m.IdOf(c), {}, custom->second});
         else d.muscleEffects.push_back(MuscleEffectDesc{m.IdOf(c), static_cast<OffsetEffect*>(e)->offset, nullptr});
       }
     }

@@ -84,7 +84,7 @@ void AskRawGetters(Figure& f) {
 }
 
 // The edits after which a figure is stale: a new screen, a mode change, a
-// moved point.
+// moved point, a new spline.
 void Edit(Figure& f, int step) {
   switch (step) {
     case 0:
@@ -101,6 +101,9 @@ void Edit(Figure& f, int step) {
           f.Move(id, f.Position(id, Space::kModel) + Vector(0.5f, -0.25f, 0));
           return;
         }
+      break;
+    case 3:
+      f.AddSpline(SplineDesc{{PointDesc{Vector(1, 2, 0)}, PointDesc{Vector(3, 1, 0)}, PointDesc{Vector(4, 4, 0)}}, false, ""});
       break;
   }
 }
@@ -123,7 +126,7 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
   figures.push_back(Grid());
   for (std::size_t k = 0; k < figures.size(); ++k) {
     Figure eager(figures[k]), lazy(figures[k]);
-    for (int step = 0; step < 4; ++step) {
+    for (int step = 0; step < 5; ++step) {
       if (step > 0) {
         Edit(eager, step - 1);
         Edit(lazy, step - 1);
