@@ -64,8 +64,14 @@ TEST(BatchLength, EveryKernelGivesTheScalarBitsOnRandomSegments) {
 }
 
 TEST(BatchLength, FigureLengthsAreTheScalarWalksOnTheSharedFigures) {
-  const std::vector<FigureDescription> figures = SharedFigures();
+  std::vector<FigureDescription> figures = SharedFigures();
   ASSERT_GE(figures.size(), 4u);
+  SplineDesc zigzag;  // more segments than one block of the batch
+  for (int i = 0; i < 150; ++i) zigzag.points.push_back(PointDesc{Vector(static_cast<float>(i), static_cast<float>(i % 3), 0)});
+  FigureDescription longSpline;
+  longSpline.view = longSpline.inverseView = longSpline.screen = longSpline.inverseScreen = Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+  longSpline.splines.push_back(zigzag);
+  figures.push_back(longSpline);
   int segments = 0;
   for (const FigureDescription& d : figures) {
     Figure f(d);
