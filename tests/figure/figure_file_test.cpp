@@ -132,6 +132,9 @@ const BadFile kBadFiles[] = {
     {"StackOfOne", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\"]]}", 4, "a stack must be an array of at least 2"},
     {"ReferenceNotAPoint", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", true]]}", 4,
      "a point reference must be \"spline:index\" or [spline, index]"},
+    {"ReferenceWithoutIndex", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", \"a:\"]]}", 4, "malformed point reference 'a:'"},
+    {"FiveDigitIndex", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", \"a:12345\"]]}", 4,
+     "point index 12345 out of range: spline 'a' has 2 points"},
     {"NumericIndexPastTheLimit", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", [0, 60000]]]}", 4,
      "point index 60000 out of range: spline 0 has 2 points"},
 };
