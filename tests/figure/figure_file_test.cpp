@@ -64,6 +64,10 @@ struct BadFile {
   const char* reason;  // a part of the reason
 };
 
+// A spline "a" of two points, the text open after "stacks" on line 4.
+#define SPLINE_A_THEN_STACKS \
+  "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": "
+
 const BadFile kBadFiles[] = {
     {"SyntaxError", "{\n  \"splines\": [\n    {\"name\": \"a\",, }\n  ]\n}", 3, "malformed JSON: syntax error"},
     {"SyntaxErrorAtALinesStart", "{\n  \"splines\": [\n,\n  ]\n}", 3, "malformed JSON: syntax error"},
@@ -129,15 +133,16 @@ const BadFile kBadFiles[] = {
      "a delta must be [pitch, yaw, magnitude]"},
     {"TwoRowMatrix", "{\"view\": {\"matrix\": [[1, 0, 0, 0], [0, 1, 0, 0]]},\n \"splines\": [{\"points\": [{\"at\": [0, 0]}]}]}",
      1, "a matrix must be 3 rows of 4 numbers"},
-    {"StackOfOne", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\"]]}", 4, "a stack must be an array of at least 2"},
-    {"ReferenceNotAPoint", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", true]]}", 4,
+    {"StackOfOne", SPLINE_A_THEN_STACKS "[[\"a:0\"]]}", 4, "a stack must be an array of at least 2"},
+    {"ReferenceNotAPoint", SPLINE_A_THEN_STACKS "[[\"a:0\", true]]}", 4,
      "a point reference must be \"spline:index\" or [spline, index]"},
-    {"ReferenceWithoutIndex", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", \"a:\"]]}", 4, "malformed point reference 'a:'"},
-    {"FiveDigitIndex", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", \"a:12345\"]]}", 4,
+    {"ReferenceWithoutIndex", SPLINE_A_THEN_STACKS "[[\"a:0\", \"a:\"]]}", 4, "malformed point reference 'a:'"},
+    {"FiveDigitIndex", SPLINE_A_THEN_STACKS "[[\"a:0\", \"a:12345\"]]}", 4,
      "point index 12345 out of range: spline 'a' has 2 points"},
-    {"NumericIndexPastTheLimit", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": [[\"a:0\", [0, 60000]]]}", 4,
+    {"NumericIndexPastTheLimit", SPLINE_A_THEN_STACKS "[[\"a:0\", [0, 60000]]]}", 4,
      "point index 60000 out of range: spline 0 has 2 points"},
 };
+#undef SPLINE_A_THEN_STACKS
 
 void PrintTo(const BadFile& bad, std::ostream* os) { *os << bad.name; }
 
