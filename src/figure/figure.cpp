@@ -121,7 +121,7 @@ using detail::StackFrom;
 using detail::StackMembers;
 
 struct Figure::Impl {
-  FigureCache cache{};
+  FigureCache cache{};  // generations stay 0: the passes reset derived values instead
   ViewRecord view{};
   FigureRecord record{};
   MuscleOwner owner{};
@@ -351,6 +351,9 @@ struct Figure::Impl {
 
   using Ordered = std::vector<std::pair<PointId, SegmentCP*>>;
 
+  // Figure order: spline by spline, along each spline.
+  static bool Before(PointId a, PointId b) { return a.spline != b.spline ? a.spline < b.spline : a.index < b.index; }
+
   // Puts the points' derived values back to their freshly built state, then
   // computes them in one fixed order: in muscle mode every point's muscle
   // deltas (each read while its head's muscle position is stale), then
@@ -396,6 +399,11 @@ struct Figure::Impl {
         while (end < order.size() && order[end].first.spline == order[first].first.spline) ++end;
         for (std::size_t i = first; i < end; ++i) {
           SegmentCP* c = order[i].second;
+          // A run whose carrier comes first in figure order is placed
+          // before its hooks' handles, as in the whole pass, also when a
+          // local pass leaves the carrier out.
+          SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr;
+          if (carrier != nullptr && Before(IdOf(carrier), order[i].first)) RefreshRun(carrier);
           c->Getmit();
           c->Getmot();
           if (c->IsHasHooks()) RefreshRun(c);
@@ -410,6 +418,12 @@ struct Figure::Impl {
       for (std::size_t i = 0; i < readHooks.size(); ++i) readHooks[i]->p = screenPlaced[i];
     }
     for (const auto& [id, c] : order) ComputeScreenFamily(c);
+    // A point's own conversion leaves its muscle deltas stale and a later
+    // neighbour's tangents refresh them: ask each point with muscle data
+    // once more, so that no flag depends on which neighbours a pass ran.
+    if (muscle)
+      for (const auto& [id, c] : order)
+        if (c->id < cpData.size() && cpData[c->id] != nullptr) c->Getp();
   }
 
   // The pass over the reach of the local edits, in figure order. Outside
@@ -444,15 +458,13 @@ struct Figure::Impl {
     }
     Ordered order;
     for (SegmentCP* c : points) order.emplace_back(IdOf(c), c);
-    std::sort(order.begin(), order.end(), [](const auto& x, const auto& y) {
-      return x.first.spline != y.first.spline ? x.first.spline < y.first.spline : x.first.index < y.first.index;
-    });
+    std::sort(order.begin(), order.end(), [](const auto& x, const auto& y) { return Before(x.first, y.first); });
     Pass(order, readHooks);
   }
 
   // Validation and the points in figure order (once after each change of
-  // structure: `flat` is empty then), fresh counters and room for the muscle
-  // positions: what a whole pass starts from.
+  // structure: `flat` is empty then) and room for the muscle positions:
+  // what a whole pass starts from.
   void StartWhole() {
     if (flat.empty()) {
       std::vector<std::string> problems = ValidateAll();
@@ -465,14 +477,12 @@ struct Figure::Impl {
           flatIds.push_back(PointId{static_cast<int>(i), static_cast<int>(j)});
         }
     }
-    cache.generation = 0;
-    cache.screenGeneration = 0;
     // Every point's entry is written by the pass in muscle mode and read only there.
     musclePositions.resize(splines.size());
     for (std::size_t i = 0; i < splines.size(); ++i) musclePositions[i].resize(splines[i].points.size());
   }
 
-  // The pass over the whole figure, from fresh counters.
+  // The pass over the whole figure.
   void Recompute() {
     StartWhole();
     Ordered order;

@@ -5,10 +5,12 @@
 // the screen transform.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -181,25 +183,94 @@ TEST_P(CorpusFigure, ZeroOffsetsLeaveMuscleSpaceTheModelSpace) {
     }
 }
 
-// A local edit recomputes what it reaches and nothing else: after any one
-// point is moved (with its stack) or turned, every answer is the answer of a
-// figure built from the description.
-TEST_P(CorpusFigure, OneEditAnswersAsAFreshFigure) {
-  const FigureDescription d = test::LoadFigure(GetParam());
+// Every edit a point takes, on the point; false where it does not apply.
+using PointEdit = bool (*)(Figure&, PointId, const PointDesc&);
+const PointEdit kEdits[] = {
+    [](Figure& f, PointId p, const PointDesc& d) { return !d.hook && (f.Move(p, d.at + Vector(0.5f, 0.25f, 0)), true); },
+    [](Figure& f, PointId p, const PointDesc& d) { return f.SetDeltas(p, Delta{20, -10, 1.25f}, d.out), true; },
+    [](Figure& f, PointId p, const PointDesc& d) { return f.SetSmooth(p, !d.smooth), true; },
+    [](Figure& f, PointId p, const PointDesc& d) { return d.hook && (f.SetHookS(p, d.s == 0.5f ? 0.75f : 0.5f), true); },
+    [](Figure& f, PointId p, const PointDesc& d) { return !d.hook && (f.AddMuscleOffset(p, Vector(0.25f, 0, -0.5f)), true); },
+    [](Figure& f, PointId p, const PointDesc& d) { return !d.hook && (f.ClearMuscleEffects(p), true); },
+    [](Figure& f, PointId p, const PointDesc&) { return p.index == 0 && (f.Reverse(p.spline), true); },
+    [](Figure& f, PointId p, const PointDesc&) {
+      try {
+        f.Delete(p);
+      } catch (const FigureError&) {
+        return false;  // a carrier's last points stay
+      }
+      return true;
+    },
+};
+
+// A figure keeps no trace of what was asked before an edit: after any edit
+// of any point, in either mode, the answers and every member of every
+// control point are those of a figure built from the description, once the
+// first query (of any kind) has been asked of both; the raw getters then
+// only read.
+TEST_P(CorpusFigure, AfterAnyEditTheRecordsReadAsAFreshFigures) {
+  FigureDescription d = test::LoadFigure(GetParam());
+  int query = 0;
+  for (bool muscle : {false, true}) {
+    d.muscleMode = muscle;
+    for (int s = 0; s < static_cast<int>(d.splines.size()); ++s)
+      for (int i = 0; i < static_cast<int>(d.splines[static_cast<std::size_t>(s)].points.size()); ++i)
+        for (std::size_t e = 0; e < std::size(kEdits); ++e) {
+          Figure f(d);
+          test::Answers(f);  // everything cached before the edit
+          if (!kEdits[e](f, PointId{s, i}, d.splines[static_cast<std::size_t>(s)].points[static_cast<std::size_t>(i)]))
+            continue;
+          Figure fresh(f.Describe());
+          for (Figure* g : {&f, &fresh}) {
+            switch (query % 4) {
+              case 0: g->SplineLengths(); break;
+              case 1: g->PointsAtLengths(0, {1.0f}); break;
+              case 2: g->Position(PointId{0, 0}, Space::kModel); break;
+              case 3: g->SvgPath(0, Space::kScreen); break;
+            }
+          }
+          ++query;
+          const std::vector<std::uint32_t> members = test::Members(fresh);
+          EXPECT_EQ(test::FirstDifference(test::Members(f), members), members.size())
+              << "edit " << e << " of " << s << ":" << i << (muscle ? ", muscle mode" : "");
+          EXPECT_EQ(test::Answers(f), test::Answers(fresh)) << "edit " << e << " of " << s << ":" << i;
+          test::AskRawGetters(f);  // the caches answer: nothing is written
+          EXPECT_EQ(test::FirstDifference(test::Members(f), members), members.size()) << "raw getters wrote";
+        }
+  }
+}
+
+// Counts its calls; says it moved and turned, and changes nothing.
+struct CountingEffect final : CustomMuscleEffect {
+  mutable int calls = 0;
+  bool MovePosition(PointId, Vector*) const override { return ++calls, true; }
+  int AdjustInDelta(PointId, Delta*) const override { return ++calls, 1; }
+  int AdjustOutDelta(PointId, Delta*) const override { return ++calls, 1; }
+};
+
+// Host effects run in the pass after an edit; the queries and the raw
+// getters after it answer from the caches and call none. The effects sit on
+// every point but the stacks' tops: below heads without effects too.
+TEST_P(CorpusFigure, QueriesCallNoHostEffect) {
+  FigureDescription d = test::LoadFigure(GetParam());
+  d.muscleMode = true;
+  const auto count = std::make_shared<CountingEffect>();
   for (int s = 0; s < static_cast<int>(d.splines.size()); ++s)
     for (int i = 0; i < static_cast<int>(d.splines[static_cast<std::size_t>(s)].points.size()); ++i) {
-      const PointDesc& p = d.splines[static_cast<std::size_t>(s)].points[static_cast<std::size_t>(i)];
-      if (p.hook) continue;
-      Figure f(d);
-      test::Answers(f);  // everything cached before the edit
-      if (i % 2 == 0) {
-        f.Move(PointId{s, i}, p.at + Vector(0.5f, 0.25f, 0));
-      } else {
-        f.SetDeltas(PointId{s, i}, Delta{20, -10, 1.25f}, p.out);
-      }
-      Figure fresh(f.Describe());
-      EXPECT_EQ(test::Answers(f), test::Answers(fresh)) << s << ":" << i;
+      const bool top = std::any_of(d.stacks.begin(), d.stacks.end(), [&](const auto& k) { return k[0] == PointId{s, i}; });
+      if (!top && !d.splines[static_cast<std::size_t>(s)].points[static_cast<std::size_t>(i)].hook)
+        d.muscleEffects.push_back(MuscleEffectDesc{PointId{s, i}, Vector(0, 0, 0), count});
     }
+  Figure f(d);
+  for (int edit = 0; edit < 2; ++edit) {
+    if (edit == 1) f.Move(PointId{0, 0}, d.splines[0].points[0].at + Vector(1, 0, 0));
+    f.SplineLengths();
+    const int pass = count->calls;
+    EXPECT_GT(pass, 0);
+    test::Answers(f);
+    test::AskRawGetters(f);
+    EXPECT_EQ(count->calls, pass) << "edit " << edit;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Figures, CorpusFigure, ::testing::ValuesIn(test::FigureFiles("tests/figures")), [](const auto& info) {

@@ -17,44 +17,6 @@
 namespace splinecore::test {
 namespace {
 
-// Every member the library derives or keeps, as bits, point by point.
-std::vector<std::uint32_t> Members(Figure& f) {
-  std::vector<std::uint32_t> out;
-  auto put = [&](const void* data, std::size_t bytes) {
-    const std::size_t at = out.size();
-    out.resize(at + bytes / 4);
-    std::memcpy(&out[at], data, bytes);
-  };
-  for (int s = 0; s < f.SplineCount(); ++s) {
-    for (int i = 0; i < f.PointCount(s); ++i) {
-      SegmentCP* c = f.ControlPoint(PointId{s, i});
-      for (const Vector* v : {&c->p, &c->it, &c->ot, &c->screenp, &c->screenit, &c->screenot, &c->mit, &c->mot})
-        put(v, sizeof *v);
-      // Outside muscle mode Getp clears `converted` around a point with muscle
-      // data whenever it is asked (leaving the muscle state); no value changes.
-      out.push_back(c->flags & ~cpflag::converted);
-      out.push_back(c->stamp * 256u + c->screenStamp);
-      if (c->IsHook()) {
-        auto* h = static_cast<HookSegmentCP*>(c);
-        for (const Vector* v : {&h->hit, &h->hot, &h->pit, &h->pot, &h->mhit, &h->mhot, &h->mpit, &h->mpot})
-          put(v, sizeof *v);
-      }
-      if (f.MuscleMode()) {
-        const Vector m = f.Position(PointId{s, i}, Space::kMuscle);
-        put(&m, sizeof m);
-      }
-    }
-  }
-  return out;
-}
-
-// The first word where two dumps differ (their size when none does).
-std::size_t FirstDifference(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b) {
-  std::size_t i = 0;
-  while (i < a.size() && i < b.size() && a[i] == b[i]) ++i;
-  return i == a.size() && i == b.size() ? a.size() : i;
-}
-
 // Queries every point the lazy way, last point first.
 void AskLazily(Figure& f) {
   for (int s = f.SplineCount() - 1; s >= 0; --s)
@@ -62,24 +24,6 @@ void AskLazily(Figure& f) {
       const PointId id{s, i};
       if (f.OwnsSegment(id)) f.Segment(id, Space::kScreen);
       f.Position(id, Space::kModel);
-    }
-}
-
-// Every raw getter of every point.
-void AskRawGetters(Figure& f) {
-  for (int s = 0; s < f.SplineCount(); ++s)
-    for (int i = 0; i < f.PointCount(s); ++i) {
-      SegmentCP* c = f.ControlPoint(PointId{s, i});
-      c->Getp();
-      c->Getscreenp();
-      c->Getit();
-      c->Getot();
-      c->Getscreenit();
-      c->Getscreenot();
-      if (f.MuscleMode()) {
-        c->Getmit();
-        c->Getmot();
-      }
     }
 }
 
