@@ -40,9 +40,8 @@ struct Lanes {
   static constexpr bool kAvx = sizeof(F) == 32;
   static constexpr std::size_t kLanes = sizeof(F) / sizeof(float);
   static F Splat(float x) {
-    F v{};
-    for (std::size_t i = 0; i < kLanes; ++i) v[i] = x;
-    return v;
+    if constexpr (kAvx) return _mm256_set1_ps(x);
+    else return _mm_set1_ps(x);
   }
   static F Load(const float* p) {
     F v;
