@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The 30-chord length of several segments at once, written once over a lane
-// type (internal; included by batch_length.cpp for SSE2 and by
+// The 30-chord length of several segments at once, written once over the
+// register types (internal; included by batch_length.cpp for SSE2 and by
 // batch_length_avx2.cpp, compiled for AVX2, for AVX2). A lane holds one
 // segment; its float operations are the scalar code's (a float sum or
 // product formed in double and rounded once is the float operation), its
@@ -22,53 +22,63 @@
 namespace splinecore::detail {
 namespace {
 
-// Lanes floats of a segment each are F; their doubles are two D, the low
-// and the high half.
-#ifdef __SSE2__
-struct Sse2Lanes {
-  static constexpr std::size_t kLanes = 4;
-  using F = __m128;
-  using D = __m128d;
-  static F Set(float x) { return _mm_set1_ps(x); }
-  static F Load(const float* p) { return _mm_load_ps(p); }
-  static F Add(F a, F b) { return _mm_add_ps(a, b); }
-  static F Sub(F a, F b) { return _mm_sub_ps(a, b); }
-  static F Mul(F a, F b) { return _mm_mul_ps(a, b); }
-  static D Low(F a) { return _mm_cvtps_pd(a); }
-  static D High(F a) { return _mm_cvtps_pd(_mm_movehl_ps(a, a)); }
-  static D Zero() { return _mm_setzero_pd(); }
-  static D Add(D a, D b) { return _mm_add_pd(a, b); }
-  static D Mul(D a, D b) { return _mm_mul_pd(a, b); }
-  static D Sqrt(D a) { return _mm_sqrt_pd(a); }
-  static D RoundToFloat(D a) { return _mm_cvtps_pd(_mm_cvtpd_ps(a)); }
-  static void Store(float* out, D low, D high) {
-    _mm_storeu_ps(out, _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high)));
-  }
-};
-#endif
+// The registers of either width as the compiler's vector types, which have
+// the arithmetic operators and pass to the instructions.
+typedef float Floats4 __attribute__((vector_size(16)));
+typedef double Doubles2 __attribute__((vector_size(16)));
+typedef float Floats8 __attribute__((vector_size(32)));
+typedef double Doubles4 __attribute__((vector_size(32)));
 
-#ifdef __AVX2__
-struct Avx2Lanes {
-  static constexpr std::size_t kLanes = 8;
-  using F = __m256;
-  using D = __m256d;
-  static F Set(float x) { return _mm256_set1_ps(x); }
-  static F Load(const float* p) { return _mm256_load_ps(p); }
-  static F Add(F a, F b) { return _mm256_add_ps(a, b); }
-  static F Sub(F a, F b) { return _mm256_sub_ps(a, b); }
-  static F Mul(F a, F b) { return _mm256_mul_ps(a, b); }
-  static D Low(F a) { return _mm256_cvtps_pd(_mm256_castps256_ps128(a)); }
-  static D High(F a) { return _mm256_cvtps_pd(_mm256_extractf128_ps(a, 1)); }
-  static D Zero() { return _mm256_setzero_pd(); }
-  static D Add(D a, D b) { return _mm256_add_pd(a, b); }
-  static D Mul(D a, D b) { return _mm256_mul_pd(a, b); }
-  static D Sqrt(D a) { return _mm256_sqrt_pd(a); }
-  static D RoundToFloat(D a) { return _mm256_cvtps_pd(_mm256_cvtpd_ps(a)); }
+// One register of floats F, one lane a segment, and its doubles as two D,
+// the low and the high half. Arithmetic is the vector operators; the
+// operations below are the ones without an operator, each naming the
+// instruction of either width.
+template <class FloatRegister, class DoubleRegister>
+struct Lanes {
+  using F = FloatRegister;
+  using D = DoubleRegister;
+  static constexpr bool kAvx = sizeof(F) == 32;
+  static constexpr std::size_t kLanes = sizeof(F) / sizeof(float);
+  static F Splat(float x) {
+    if constexpr (kAvx) return _mm256_set1_ps(x);
+    else return _mm_set1_ps(x);
+  }
+  static F Load(const float* p) {
+    F v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+  }
+  static D Low(F a) {
+    if constexpr (kAvx) return _mm256_cvtps_pd(_mm256_castps256_ps128(a));
+    else return _mm_cvtps_pd(a);
+  }
+  static D High(F a) {
+    if constexpr (kAvx) return _mm256_cvtps_pd(_mm256_extractf128_ps(a, 1));
+    else return _mm_cvtps_pd(_mm_movehl_ps(a, a));
+  }
+  static D Sqrt(D a) {
+    if constexpr (kAvx) return _mm256_sqrt_pd(a);
+    else return _mm_sqrt_pd(a);
+  }
+  static D RoundToFloat(D a) {
+    if constexpr (kAvx) return _mm256_cvtps_pd(_mm256_cvtpd_ps(a));
+    else return _mm_cvtps_pd(_mm_cvtpd_ps(a));
+  }
   static void Store(float* out, D low, D high) {
-    _mm_storeu_ps(out, _mm256_cvtpd_ps(low));
-    _mm_storeu_ps(out + 4, _mm256_cvtpd_ps(high));
+    if constexpr (kAvx) {
+      _mm_storeu_ps(out, _mm256_cvtpd_ps(low));
+      _mm_storeu_ps(out + 4, _mm256_cvtpd_ps(high));
+    } else {
+      _mm_storeu_ps(out, _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high)));
+    }
   }
 };
+
+#ifdef __SSE2__
+using Sse2Lanes = Lanes<Floats4, Doubles2>;
+#endif
+#ifdef __AVX2__
+using Avx2Lanes = Lanes<Floats8, Doubles4>;
 #endif
 
 constexpr std::size_t kCubicFloats = sizeof(Cubic) / sizeof(float);  // p0, p1, t0, t1: 12
@@ -87,34 +97,32 @@ void LaneLengths(const Cubic* cubics, std::size_t n, float* out, const FDSteps& 
     std::memcpy(f, &cubics[lane], sizeof f);
     for (std::size_t j = 0; j < kCubicFloats; ++j) t[j][lane] = f[j];
   }
-  const F two = L::Set(2.0f), three = L::Set(3.0f), minusThree = L::Set(-3.0f);
-  const F h = L::Set(s.h), h2 = L::Set(s.h2), h3 = L::Set(s.h3), h3x6 = L::Set(s.h3x6), h2x2 = L::Set(s.h2x2);
+  const F two = L::Splat(2.0f), three = L::Splat(3.0f), minusThree = L::Splat(-3.0f);
+  const F h = L::Splat(s.h), h2 = L::Splat(s.h2), h3 = L::Splat(s.h3), h3x6 = L::Splat(s.h3x6), h2x2 = L::Splat(s.h2x2);
   F p[3], d1[3], d2[3], d3[3];
   for (int k = 0; k < 3; ++k) {  // CubicToPoly, then InitColumn
     const F p0 = L::Load(t[k]), p1 = L::Load(t[3 + k]), t0 = L::Load(t[6 + k]), t1 = L::Load(t[9 + k]);
-    const F a = L::Add(L::Add(L::Sub(L::Mul(p0, two), L::Mul(p1, two)), t0), t1);
-    const F b = L::Sub(L::Sub(L::Add(L::Mul(p0, minusThree), L::Mul(p1, three)), L::Mul(t0, two)), t1);
+    const F a = p0 * two - p1 * two + t0 + t1;
+    const F b = p0 * minusThree + p1 * three - t0 * two - t1;
     p[k] = p0;
-    d1[k] = L::Add(L::Add(L::Mul(a, h3), L::Mul(b, h2)), L::Mul(t0, h));
-    d2[k] = L::Add(L::Mul(a, h3x6), L::Mul(b, h2x2));
-    d3[k] = L::Mul(a, h3x6);
+    d1[k] = a * h3 + b * h2 + t0 * h;
+    d2[k] = a * h3x6 + b * h2x2;
+    d3[k] = a * h3x6;
   }
-  D sumLow = L::Zero(), sumHigh = L::Zero();
+  D sumLow = D{}, sumHigh = D{};
   for (unsigned step = 0; step < kChordCount; ++step) {
     F d[3];
     for (int k = 0; k < 3; ++k) {  // BumpFD
       const F prev = p[k];
-      p[k] = L::Add(p[k], d1[k]);
-      d1[k] = L::Add(d1[k], d2[k]);
-      d2[k] = L::Add(d2[k], d3[k]);
-      d[k] = L::Sub(prev, p[k]);
+      p[k] += d1[k];
+      d1[k] += d2[k];
+      d2[k] += d3[k];
+      d[k] = prev - p[k];
     }
-    const D lowSquare = L::Add(L::Add(L::Mul(L::Low(d[0]), L::Low(d[0])), L::Mul(L::Low(d[1]), L::Low(d[1]))),
-                               L::Mul(L::Low(d[2]), L::Low(d[2])));
-    const D highSquare = L::Add(L::Add(L::Mul(L::High(d[0]), L::High(d[0])), L::Mul(L::High(d[1]), L::High(d[1]))),
-                                L::Mul(L::High(d[2]), L::High(d[2])));
-    sumLow = L::RoundToFloat(L::Add(sumLow, L::Sqrt(lowSquare)));
-    sumHigh = L::RoundToFloat(L::Add(sumHigh, L::Sqrt(highSquare)));
+    const D lowX = L::Low(d[0]), lowY = L::Low(d[1]), lowZ = L::Low(d[2]);
+    const D highX = L::High(d[0]), highY = L::High(d[1]), highZ = L::High(d[2]);
+    sumLow = L::RoundToFloat(sumLow + L::Sqrt(lowX * lowX + lowY * lowY + lowZ * lowZ));
+    sumHigh = L::RoundToFloat(sumHigh + L::Sqrt(highX * highX + highY * highY + highZ * highZ));
   }
   float sums[L::kLanes];
   L::Store(sums, sumLow, sumHigh);
