@@ -71,8 +71,8 @@ void ConvertIn(SegmentCP* c) {
   } else {
     const Delta in = c->Getindelta();
     const Delta out = c->Getoutdelta();
-    const int screen = Space::kScreen ? 1 : 0;
-    detail::TurnedTangents(in, out, it, ot, [c, screen](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
+    constexpr int screen = Space::kScreen ? 1 : 0;
+    detail::TurnedTangents(in, out, it, ot, [c](Vector* t1, Vector* t2, Vector* n1, Vector* n2) {
       return c->GetTangents(t1, t2, n1, n2, screen);
     });
   }
