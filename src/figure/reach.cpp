@@ -66,8 +66,8 @@ std::vector<SegmentCP*> Reach::Close() {
     }
     Readers(x);
   }
+  // Every moved point was turned too (its own tangents read its position).
   std::unordered_set<SegmentCP*> all(turned_.begin(), turned_.end());
-  all.insert(moved_.begin(), moved_.end());
   std::vector<SegmentCP*> out;
   for (SegmentCP* x : all) {
     if (!x->IsHook()) continue;

@@ -84,8 +84,7 @@ Run DetachRun(SegmentCP* c) {
   SegmentCP* below = run.bottom->stackNext;
   c->stackNext = below;
   if (below != nullptr) below->stackPrev = c;
-  c->OffHasHooks();
-  c->SetHead();
+  c->OffHasHooks();  // the rest of the stack keeps its heads and flags
   return run;
 }
 
