@@ -58,95 +58,32 @@ TEST(FigureFile, DescribesWhatTheFileSays) {
 }
 
 struct BadFile {
-  const char* name;
-  const char* text;
+  std::string name;
+  std::string text;
   int line;
-  const char* reason;  // a part of the reason
+  std::string reason;  // a part of the reason
 };
 
-// A spline "a" of two points, the text open after "stacks" on line 4.
-#define SPLINE_A_THEN_STACKS \
-  "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n \"stacks\": "
-
-const BadFile kBadFiles[] = {
-    {"SyntaxError", "{\n  \"splines\": [\n    {\"name\": \"a\",, }\n  ]\n}", 3, "malformed JSON: syntax error"},
-    {"SyntaxErrorAtALinesStart", "{\n  \"splines\": [\n,\n  ]\n}", 3, "malformed JSON: syntax error"},
-    {"ClosedSplineOfOne", "{\"splines\": [\n  {\"closed\": true, \"points\": [{\"at\": [0, 0]}]}\n]}", 2,
-     "a closed spline needs at least two points"},
-    {"NumberOverflow", "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [1e999, 0]}]}\n]}", 2,
-     "malformed JSON: number overflow parsing '1e999'"},
-    {"NotAnObject", "[1, 2]", 1, "the figure must be an object"},
-    {"UnknownKey", "{\n  \"splines\": [],\n  \"colour\": 3\n}", 3, "unknown key 'colour'"},
-    {"NoSplines", "{\n  \"splines\": []\n}", 2, "\"splines\" must be a non-empty array"},
-    {"NoPoints", "{\"splines\": [\n  {\"name\": \"a\", \"points\": []}\n]}", 2, "needs \"points\": a non-empty array"},
-    {"UnknownSplineKey", "{\"splines\": [\n  {\"points\": [{\"at\": [0, 0]}],\n   \"colour\": 1}\n]}", 3,
-     "unknown key 'colour'"},
-    // A key the line index cannot match (written with an escape) is reported
-    // at the line of its nearest ancestor: here the spline.
-    {"EscapedUnknownKey", "{\"splines\": [\n  {\"points\": [{\"at\": [0, 0]}],\n   \"\\u0063olour\": 1}\n]}", 2,
-     "unknown key 'colour'"},
-    {"UnknownTransformKey", "{\"splines\": [{\"points\": [{\"at\": [0, 0]}]}],\n \"screen\": {\"rotate\": 90,\n   \"skew\": 1}}",
-     3, "unknown key 'skew'"},
-    {"DuplicateName",
-     "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]},\n"
-     "  {\"name\": \"a\", \"points\": [{\"at\": [0, 1]}, {\"at\": [1, 1]}]}\n]}",
-     3, "duplicate spline name 'a'"},
-    {"CoordinateNotANumber",
-     "{\"splines\": [\n  {\"name\": \"a\", \"points\": [\n    {\"at\": [0, \"x\"]},\n    {\"at\": [1, 0]}]}\n]}", 3,
-     "\"at\" must be a number"},
-    {"CoordinateTooLarge", "{\"splines\": [\n  {\"points\": [{\"at\": [0, 2e6]}]}\n]}", 2, "within +-1e+06"},
-    {"SingularScreen", "{\"screen\": {\"matrix\":\n [[1, 0, 0, 0], [0, 1, 0, 0], [0, 0, 0, 0]]},\n \"splines\": "
-     "[{\"points\": [{\"at\": [0, 0]}]}]}", 2, "not invertible"},
-    {"UnknownSplineInStack",
-     "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n"
-     " \"stacks\": [[\"a:0\",\n   \"b:0\"]]}",
-     5, "unknown spline 'b'"},
-    {"IndexOutOfRange",
-     "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]},\n"
-     "  {\"name\": \"b\", \"points\": [{\"at\": [0, 0]}, {\"at\": [0, 1]}]}\n],\n \"stacks\": [[\"a:0\", \"b:2\"]]}",
-     5, "point index 2 out of range: spline 'b' has 2 points"},
-    {"StackedApart",
-     "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]},\n"
-     "  {\"name\": \"b\", \"points\": [{\"at\": [0, 1]}, {\"at\": [0, 2]}]}\n],\n \"stacks\": [[\"a:0\", \"b:0\"]]}",
-     5, "point 1:0: stacked points must share their position"},
-    {"StackedTwice",
-     "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]},\n"
-     "  {\"name\": \"b\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]}\n],\n"
-     " \"stacks\": [[\"a:0\", \"b:0\"],\n   [\"a:1\", \"b:1\", \"a:0\"]]}",
-     6, "already in a stack"},
-    {"HookOnTop",
-     "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]},\n"
-     "  {\"name\": \"h\", \"points\": [{\"at\": [1, 1]}, {\"hook\": 0.5}]}\n],\n \"stacks\": [[\"h:1\", \"a:0\"]]}",
-     5, "a hook needs a carrier"},
-    {"CarrierWithoutNext",
-     "{\"splines\": [\n  {\"name\": \"a\", \"points\": [{\"at\": [0, 0]}, {\"at\": [1, 0]}]},\n"
-     "  {\"name\": \"h\", \"points\": [{\"at\": [1, 1]},\n    {\"hook\": 0.5}]}\n],\n"
-     " \"stacks\": [[\"a:1\", \"h:1\"]]}",
-     6, "point 0:1: a carrier needs a next point"},
-    {"HookHangingNowhere", "{\"splines\": [\n  {\"name\": \"h\", \"points\": [{\"at\": [1, 1]},\n    {\"hook\": 0.25}]}\n]}",
-     3, "hook-carrier"},
-    // 33 levels, the first an object, after a string holding brackets and an
-    // escaped quote; 32 levels are parsed (and refused as not an object).
-    {"TooDeep", "{\"s\": \"]\\\"]\", \"t\": [[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]}", 1, "nesting deeper than 32"},
-    {"DeepestAllowed", "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]", 1, "the figure must be an object"},
-    {"ShortDelta", "{\"splines\": [\n  {\"points\": [{\"at\": [0, 0], \"in\": [0, 10]}]}\n]}", 2,
-     "a delta must be [pitch, yaw, magnitude]"},
-    {"TwoRowMatrix", "{\"view\": {\"matrix\": [[1, 0, 0, 0], [0, 1, 0, 0]]},\n \"splines\": [{\"points\": [{\"at\": [0, 0]}]}]}",
-     1, "a matrix must be 3 rows of 4 numbers"},
-    {"StackOfOne", SPLINE_A_THEN_STACKS "[[\"a:0\"]]}", 4, "a stack must be an array of at least 2"},
-    {"ReferenceNotAPoint", SPLINE_A_THEN_STACKS "[[\"a:0\", true]]}", 4,
-     "a point reference must be \"spline:index\" or [spline, index]"},
-    {"ReferenceWithoutIndex", SPLINE_A_THEN_STACKS "[[\"a:0\", \"a:\"]]}", 4, "malformed point reference 'a:'"},
-    {"FiveDigitIndex", SPLINE_A_THEN_STACKS "[[\"a:0\", \"a:12345\"]]}", 4,
-     "point index 12345 out of range: spline 'a' has 2 points"},
-    {"NumericIndexPastTheLimit", SPLINE_A_THEN_STACKS "[[\"a:0\", [0, 60000]]]}", 4,
-     "point index 60000 out of range: spline 0 has 2 points"},
-};
-#undef SPLINE_A_THEN_STACKS
+// The cases of refused_files.txt (its first lines tell the format).
+std::vector<BadFile> RefusedFiles() {
+  std::ifstream in(std::string(SPLINECORE_SOURCE_DIR) + "/tests/figure/refused_files.txt");
+  std::vector<BadFile> files;
+  for (std::string row; std::getline(in, row);) {
+    if (row.rfind('#', 0) == 0) continue;
+    if (row.rfind("=== ", 0) == 0) {
+      const std::size_t comma = row.find(", line "), colon = row.find(": ", comma);
+      files.push_back(BadFile{row.substr(4, comma - 4), "", std::stoi(row.substr(comma + 7)), row.substr(colon + 2)});
+    } else if (!files.empty()) {
+      files.back().text += row + "\n";
+    }
+  }
+  for (BadFile& f : files) f.text.pop_back();
+  return files;
+}
 
 void PrintTo(const BadFile& bad, std::ostream* os) { *os << bad.name; }
 
-void ExpectRefused(const std::string& text, int line, const char* reason) {
+void ExpectRefused(const std::string& text, int line, const std::string& reason) {
   const long before = MarrowLiveBlocks();
   try {
     ReadFigureFile(text);
@@ -165,8 +102,8 @@ TEST_P(FigureFileRejects, WithLineAndReasonAndNothingKept) {
   ExpectRefused(GetParam().text, GetParam().line, GetParam().reason);
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, FigureFileRejects, ::testing::ValuesIn(kBadFiles),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Cases, FigureFileRejects, ::testing::ValuesIn(RefusedFiles()),
+                         [](const auto& info) { return info.param.name; });
 
 TEST(FigureFile, WritingAndReadingBackKeepsEveryBit) {
   // The shared figures that load, and one built here with values that print
