@@ -1044,9 +1044,9 @@ Bezier Figure::Segment(PointId point, Space space) {
 std::vector<Bezier> Figure::HookPieces(PointId carrier, Space space) {
   SegmentCP* c = impl_->At(carrier);
   if (space == Space::kMuscle && !impl_->muscle) Fail(carrier, "muscle space needs muscle mode");
+  impl_->Canonicalize();
   std::vector<Bezier> pieces;
   if (!c->IsHasHooks()) return pieces;
-  impl_->Canonicalize();
   const bool muscle = space == Space::kMuscle;
   const Matrix& screen = impl_->view.screenMatrix;
   auto out = [&](const Vector& v) { return space == Space::kScreen ? TransformPoint(screen, v) : v; };

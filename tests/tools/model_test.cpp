@@ -46,7 +46,6 @@ Figure Spline(Reader& in, int count, bool closed, const Matrix* view) {
   Figure figure;
   figure.AddSpline(spline);
   if (view != nullptr) figure.SetView(*view);
-  figure.Validate();  // brings the figure into its canonical state
   return figure;
 }
 
