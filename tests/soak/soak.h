@@ -1,9 +1,9 @@
-// Coherence soak, through the public Figure API only: random figures and
+// Coherence soak, through the public Figure API: random figures and
 // edits, some queries asked before each edit, then every query asked in a
 // random order on the edited figure and in order on Figure(Describe()) of
-// it; the answers must agree bit for bit. After every edit the figure must
-// pass its validation. Everything derives from the seed, so a run is
-// reproduced by its seed and edit count.
+// it; the answers and the raw records must agree bit for bit. After every
+// edit the figure must pass its validation. Everything derives from the
+// seed, so a run is reproduced by its seed and edit count.
 #ifndef SPLINECORE_TESTS_SOAK_SOAK_H
 #define SPLINECORE_TESTS_SOAK_SOAK_H
 
@@ -24,8 +24,6 @@ struct SoakOptions {
   std::uint64_t seed = 1;
   long edits = 10000;
   long editsPerFigure = 150;  // a new figure after this many edits (or a failure)
-  std::uint32_t editMask = ~0u;   // bit k enables edit kind k (see Edit in soak.cpp)
-  std::uint32_t queryMask = ~0u;  // bit k enables query kind k (see Ask in soak.cpp)
 };
 
 // Runs the soak. Uses no global state: separate calls may run on separate threads.

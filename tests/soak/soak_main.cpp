@@ -11,9 +11,6 @@ int main(int argc, char** argv) {
   splinecore::soak::SoakOptions options;
   options.edits = argc > 1 ? std::strtol(argv[1], nullptr, 10) : 1000000;
   options.seed = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1;
-  // Narrowing a search for the shortest failing sequence: edit and query kinds.
-  if (argc > 3) options.editMask = static_cast<std::uint32_t>(std::strtoul(argv[3], nullptr, 0));
-  if (argc > 4) options.queryMask = static_cast<std::uint32_t>(std::strtoul(argv[4], nullptr, 0));
   const std::uint64_t seed = options.seed;
   const splinecore::soak::SoakResult result = splinecore::soak::RunSoak(options);
   std::fputs(result.report.c_str(), stdout);

@@ -18,7 +18,6 @@ TEST(ThreadsSoakTest, FourFiguresSoakedAtOnceAnswerAsAlone) {
   for (int i = 0; i < kThreads; ++i) {
     options[i].seed = 1000 + static_cast<std::uint64_t>(i);
     options[i].edits = 600;
-    options[i].queryMask = 0x1FF;  // every query kind
   }
   const long live = MarrowLiveBlocks();
   SoakResult together[kThreads];

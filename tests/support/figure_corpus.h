@@ -89,10 +89,13 @@ inline std::vector<std::uint32_t> Answers(Figure& f, std::string* svg = nullptr)
 // Every member the library derives or keeps, as bits, point by point.
 inline std::vector<std::uint32_t> Members(Figure& f) {
   std::vector<std::uint32_t> out;
-  // Getp clears `converted` around a point with muscle data whenever it is
-  // asked (the stack is converted again before any tangent is read); no
-  // value changes. Figures without muscle data keep it.
-  const std::uint32_t unread = f.Describe().muscleEffects.empty() ? 0 : cpflag::converted;
+  // Around points with muscle data two flags tell which getter came first,
+  // not what is current: Getp clears `converted` whenever it is asked (the
+  // stack converts again before any tangent is read), and a head's
+  // `muscleDeltaCached` stays as its first muscle getter left it (its
+  // position getter answers from its cache before the deltas).
+  const std::uint32_t unread =
+      f.Describe().muscleEffects.empty() ? 0 : cpflag::converted | cpflag::muscleDeltaCached;
   auto put = [&](const void* data, std::size_t bytes) {
     const std::size_t at = out.size();
     out.resize(at + bytes / 4);
