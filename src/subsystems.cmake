@@ -47,6 +47,7 @@ splinecore_subsystem(groups USES controlpoint hooks FILES
 
 splinecore_subsystem(figure USES controlpoint hooks measure convert FILES
   figure.cpp figure_file.cpp
+  refresh_all.cpp refresh_all.h
   invert.cpp invert.h
   reach.cpp reach.h)
 

@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: MIT
+#include "figure/refresh_all.h"
+
+#include <algorithm>
+#include <array>
+#include <thread>
+
+#include "controlpoint/walks.h"
+
+namespace splinecore::detail {
+
+namespace {
+
+// Runs f(part) for every part below `parts`, part 0 on this thread, and
+// returns when all are done.
+template <class F>
+void OnThreads(std::size_t parts, F f) {
+  std::vector<std::thread> workers;
+  for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, k);
+  f(std::size_t{0});
+  for (std::thread& w : workers) w.join();
+}
+
+}  // namespace
+
+// Which points the getters must do: hooks, the points in stacks with
+// muscle data, the points whose tangents read one of those (up to two
+// steps along the spline), and in muscle mode the carriers (their turn
+// places their runs). The others' values depend only on model positions,
+// their own deltas and the transforms, and asking for them changes no
+// other point; they are split into `parts` consecutive shares.
+void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
+  const std::vector<SegmentCP*>& flat = frame.flat;
+  const std::size_t ids = frame.idCount;
+  std::vector<unsigned char> muscleStack(ids, 0);
+  for (SegmentCP* c : flat)
+    if (c->id < frame.cpData.size() && frame.cpData[c->id] != nullptr)
+      for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = 1;
+  auto special = [&muscleStack](const SegmentCP* x) {
+    return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0);
+  };
+  *this = WholeRefresh{};
+  lazyById_.assign(ids, 0);
+  for (std::size_t k = 0; k < flat.size(); ++k) {
+    SegmentCP* c = flat[k];
+    const bool reached = special(c) || special(c->prev) || special(c->next) ||
+                         (c->prev != nullptr && special(c->prev->prev)) ||
+                         (c->next != nullptr && special(c->next->next)) || (frame.muscle && c->IsHasHooks());
+    if (reached) {
+      lazyById_[c->id] = 1;
+      lazy_.emplace_back(frame.ids[k], c);
+    } else {
+      plain_.push_back(k);
+    }
+  }
+  // The heads each plain point reads, by role (null: no such neighbour,
+  // its slot is never read); the part of the first reader of each head,
+  // and whether a later part reads it too.
+  const std::size_t n = plain_.size();
+  std::vector<std::array<SegmentCP*, 4>> reads(n);
+  constexpr std::size_t kUnread = ~std::size_t{0};
+  std::vector<std::size_t> firstPart(ids, kUnread);
+  std::vector<unsigned char> sharedById(ids, 0);
+  for (std::size_t part = 0, k = 0; k < n; ++k) {
+    while (k >= n * (part + 1) / parts) ++part;
+    SegmentCP* c = flat[plain_[k]];
+    SegmentCP* second = nullptr;
+    if (c->prev == nullptr && c->next != nullptr) second = c->next->next;
+    if (c->next == nullptr && c->prev != nullptr) second = c->prev->prev;
+    reads[k] = {c->head, c->prev, c->next, second};
+    for (SegmentCP*& x : reads[k]) {
+      if (x == nullptr) continue;
+      x = x->head;
+      if (firstPart[x->id] == kUnread) firstPart[x->id] = part;
+      if (firstPart[x->id] != part) sharedById[x->id] = 1;
+    }
+  }
+  std::vector<std::uint32_t> slotById(ids, 0);
+  auto take = [&](SegmentCP* h) {
+    slotById[h->id] = static_cast<std::uint32_t>(heads_.size());
+    heads_.push_back(h);
+    firstPart[h->id] = kUnread;  // taken
+  };
+  for (const auto& r : reads)
+    for (SegmentCP* h : r)
+      if (h != nullptr && sharedById[h->id] != 0 && firstPart[h->id] != kUnread) take(h);
+  shared_ = heads_.size();
+  for (std::size_t k = 0; k < n; ++k) {
+    for (SegmentCP* h : reads[k])
+      if (h != nullptr && firstPart[h->id] != kUnread) take(h);
+    headsUntil_.push_back(static_cast<std::uint32_t>(heads_.size()));
+    auto slot = [&slotById](const SegmentCP* h) { return h != nullptr ? slotById[h->id] : 0u; };
+    const auto& r = reads[k];
+    slots_.push_back(PlainSlots{{slot(r[0]), slot(r[1]), slot(r[2]), slot(r[3])}});
+  }
+  screenAt_.resize(heads_.size());
+  modelAt_.resize(heads_.size());
+  MakeGroups(frame.hostEffects);
+  muscle_ = frame.muscle;
+  parts_ = parts;
+}
+
+void WholeRefresh::MakeGroups(bool hostEffects) {
+  const std::size_t n = lazy_.size();
+  std::vector<std::size_t> root(n);
+  for (std::size_t k = 0; k < n; ++k) root[k] = k;
+  auto find = [&root](std::size_t k) {
+    while (root[k] != k) k = root[k] = root[root[k]];
+    return k;
+  };
+  std::vector<std::size_t> indexById(lazyById_.size(), 0);
+  for (std::size_t k = 0; k < n; ++k) indexById[lazy_[k].second->id] = k;
+  for (std::size_t k = 0; k < n; ++k) {
+    SegmentCP* c = lazy_[k].second;
+    if (hostEffects) {
+      root[find(k)] = find(0);
+      continue;
+    }
+    // What c's getters may write: the stacks within two spline steps of
+    // c and, for a hook, of every member of its carrier's stack and of the
+    // stack at the carrier's next (its run and its partners, whose
+    // conversions read their own neighbours).
+    std::vector<SegmentCP*> seeds{c};
+    if (SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr) {
+      for (SegmentCP* m : StackMembers(carrier)) seeds.push_back(m);
+      if (carrier->next != nullptr)
+        for (SegmentCP* m : StackMembers(carrier->next)) seeds.push_back(m);
+    }
+    for (SegmentCP* s : seeds)
+      for (SegmentCP* x : {s, s->prev, s->next, s->prev != nullptr ? s->prev->prev : nullptr,
+                           s->next != nullptr ? s->next->next : nullptr}) {
+        if (x == nullptr) continue;
+        for (SegmentCP* m : StackMembers(x))
+          if (lazyById_[m->id] != 0) root[find(indexById[m->id])] = find(k);
+      }
+  }
+  std::vector<std::size_t> number(n, n);
+  group_.assign(n, 0);
+  groupSize_.clear();
+  for (std::size_t k = 0; k < n; ++k) {
+    const std::size_t r = find(k);
+    if (number[r] == n) {
+      number[r] = groupSize_.size();
+      groupSize_.push_back(0);
+    }
+    group_[k] = number[r];
+    ++groupSize_[number[r]];
+  }
+}
+
+// The getters' bits in phases; within a phase each thread writes only the
+// points of its own share. (1) The points left to the getters are reset
+// and the shared heads' positions computed; (2) the plain points get their
+// values (RefreshPlainPoint), each share in figure order computing its
+// other heads' positions as it first needs them; (3) the points left to
+// the getters go through them, whole groups to a thread, each in figure
+// order, finding the others' values cached.
+void WholeRefresh::Run(WholeFrame& frame, int threads) {
+  const std::vector<SegmentCP*>& flat = frame.flat;
+  const std::size_t parts =
+      std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
+  if (parts_ != parts || muscle_ != frame.muscle) Make(frame, parts);
+  const bool muscle = frame.muscle;
+  const Matrix& screen = frame.view.screenMatrix;
+  const Matrix& inverse = frame.view.inverseScreenMatrix;
+  auto position = [&](std::size_t h) {
+    modelAt_[h] = heads_[h]->p;
+    screenAt_[h] = TransformPoint(screen, modelAt_[h]);
+  };
+  // Share `part` of n items.
+  auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
+  OnThreads(parts, [&](std::size_t part) {
+    const std::size_t lazy = lazy_.size();
+    for (std::size_t k = first(lazy, part); k < first(lazy, part + 1); ++k) frame.reset(lazy_[k].second);
+    for (std::size_t h = first(shared_, part); h < first(shared_, part + 1); ++h) position(h);
+  });
+  OnThreads(parts, [&](std::size_t part) {
+    const std::size_t start = first(plain_.size(), part);
+    std::size_t h = start == 0 ? shared_ : headsUntil_[start - 1];
+    for (std::size_t k = start; k < first(plain_.size(), part + 1); ++k) {
+      for (; h < headsUntil_[k]; ++h) position(h);
+      const std::size_t at = plain_[k];
+      RefreshPlainPoint(flat[at], slots_[k], screenAt_.data(), modelAt_.data(), screen, inverse, muscle);
+      if (muscle) {
+        const PointId id = frame.ids[at];
+        frame.musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
+            modelAt_[slots_[k].head[0]];
+      }
+    }
+  });
+  // Whole groups to each thread, by their running point count; each
+  // thread's points in figure order.
+  std::vector<std::size_t> partOf(groupSize_.size());
+  std::size_t counted = 0;
+  for (std::size_t g = 0; g < partOf.size(); ++g) {
+    partOf[g] = lazy_.empty() ? 0 : counted * parts / lazy_.size();
+    counted += groupSize_[g];
+  }
+  std::vector<OrderedPoints> orders(parts);
+  for (std::size_t k = 0; k < lazy_.size(); ++k) orders[partOf[group_[k]]].push_back(lazy_[k]);
+  OnThreads(parts, [&](std::size_t part) { frame.derive(orders[part], lazyById_); });
+}
+
+}  // namespace splinecore::detail
