@@ -21,6 +21,30 @@ void OnThreads(std::size_t parts, F f) {
   for (std::thread& w : workers) w.join();
 }
 
+// Calls f(m) for every member of the stacks within two spline steps of s.
+template <class F>
+void NearStacks(SegmentCP* s, F f) {
+  for (SegmentCP* x : {s, s->prev, s->next, s->prev != nullptr ? s->prev->prev : nullptr,
+                       s->next != nullptr ? s->next->next : nullptr}) {
+    if (x == nullptr) continue;
+    for (SegmentCP* m : StackMembers(x)) f(m);
+  }
+}
+
+// The points whose stacks within two steps c's getters may write: c and,
+// for a hook, every member of its carrier's stack and of the stack at the
+// carrier's next (its run and its partners, whose conversions read their
+// own neighbours).
+std::vector<SegmentCP*> Seeds(SegmentCP* c) {
+  std::vector<SegmentCP*> seeds{c};
+  if (SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr) {
+    for (SegmentCP* m : StackMembers(carrier)) seeds.push_back(m);
+    if (carrier->next != nullptr)
+      for (SegmentCP* m : StackMembers(carrier->next)) seeds.push_back(m);
+  }
+  return seeds;
+}
+
 }  // namespace
 
 // Which points the getters must do: hooks, the points in stacks with
@@ -96,6 +120,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   screenAt_.resize(heads_.size());
   modelAt_.resize(heads_.size());
   MakeGroups(frame.hostEffects);
+  Schedule(frame, parts);
   muscle_ = frame.muscle;
   parts_ = parts;
 }
@@ -111,40 +136,74 @@ void WholeRefresh::MakeGroups(bool hostEffects) {
   std::vector<std::size_t> indexById(lazyById_.size(), 0);
   for (std::size_t k = 0; k < n; ++k) indexById[lazy_[k].second->id] = k;
   for (std::size_t k = 0; k < n; ++k) {
-    SegmentCP* c = lazy_[k].second;
     if (hostEffects) {
       root[find(k)] = find(0);
       continue;
     }
-    // What c's getters may write: the stacks within two spline steps of
-    // c and, for a hook, of every member of its carrier's stack and of the
-    // stack at the carrier's next (its run and its partners, whose
-    // conversions read their own neighbours).
-    std::vector<SegmentCP*> seeds{c};
-    if (SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr) {
-      for (SegmentCP* m : StackMembers(carrier)) seeds.push_back(m);
-      if (carrier->next != nullptr)
-        for (SegmentCP* m : StackMembers(carrier->next)) seeds.push_back(m);
-    }
-    for (SegmentCP* s : seeds)
-      for (SegmentCP* x : {s, s->prev, s->next, s->prev != nullptr ? s->prev->prev : nullptr,
-                           s->next != nullptr ? s->next->next : nullptr}) {
-        if (x == nullptr) continue;
-        for (SegmentCP* m : StackMembers(x))
-          if (lazyById_[m->id] != 0) root[find(indexById[m->id])] = find(k);
-      }
+    for (SegmentCP* s : Seeds(lazy_[k].second))
+      NearStacks(s, [&](SegmentCP* m) {
+        if (lazyById_[m->id] != 0) root[find(indexById[m->id])] = find(k);
+      });
   }
   std::vector<std::size_t> number(n, n);
-  group_.assign(n, 0);
-  groupSize_.clear();
+  groups_.clear();
   for (std::size_t k = 0; k < n; ++k) {
     const std::size_t r = find(k);
     if (number[r] == n) {
-      number[r] = groupSize_.size();
-      groupSize_.push_back(0);
+      number[r] = groups_.size();
+      groups_.emplace_back();
     }
-    group_[k] = number[r];
-    ++groupSize_[number[r]];
+    groups_[number[r]].push_back(lazy_[k]);
+  }
+}
+
+// What a group's getters read beyond what they write: the stacks within two
+// spline steps of those they may write (a conversion reads its neighbours'
+// positions, an open end its second neighbour's).
+void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
+  constexpr std::size_t kNone = ~std::size_t{0};
+  const std::size_t n = plain_.size();
+  std::vector<std::size_t> plainById(frame.idCount, kNone);
+  std::vector<std::size_t> partOf(n);
+  for (std::size_t part = 0, k = 0; k < n; ++k) {
+    while (k >= n * (part + 1) / parts) ++part;
+    plainById[frame.flat[plain_[k]]->id] = k;
+    partOf[k] = part;
+  }
+  after_.assign(parts, {});
+  std::vector<std::size_t> late;
+  for (std::size_t g = 0; g < groups_.size(); ++g) {
+    std::size_t last = kNone;
+    std::size_t part = kNone;
+    bool split = false;
+    for (const auto& member : groups_[g])
+      for (SegmentCP* s : Seeds(member.second))
+        NearStacks(s, [&](SegmentCP* m) {
+          NearStacks(m, [&](SegmentCP* read) {
+            const std::size_t k = plainById[read->id];
+            if (k == kNone) return;
+            split = split || (part != kNone && partOf[k] != part);
+            part = partOf[k];
+            last = last == kNone ? k : std::max(last, k);
+          });
+        });
+    if (last != kNone && !split) {
+      after_[part].emplace_back(last, g);
+    } else {
+      late.push_back(g);
+    }
+  }
+  for (auto& a : after_)
+    std::stable_sort(a.begin(), a.end(), [](const auto& x, const auto& y) { return x.first < y.first; });
+  // The late groups whole to each part, by their running point count.
+  std::size_t total = 0;
+  for (std::size_t g : late) total += groups_[g].size();
+  late_.assign(parts, {});
+  std::size_t counted = 0;
+  for (std::size_t g : late) {
+    OrderedPoints& to = late_[counted * parts / total];
+    to.insert(to.end(), groups_[g].begin(), groups_[g].end());
+    counted += groups_[g].size();
   }
 }
 
@@ -152,9 +211,10 @@ void WholeRefresh::MakeGroups(bool hostEffects) {
 // points of its own share. (1) The points left to the getters are reset
 // and the shared heads' positions computed; (2) the plain points get their
 // values (RefreshPlainPoint), each share in figure order computing its
-// other heads' positions as it first needs them; (3) the points left to
-// the getters go through them, whole groups to a thread, each in figure
-// order, finding the others' values cached.
+// other heads' positions as it first needs them, and each group of points
+// left to the getters right after the last plain point it reads; (3) the
+// other groups go through the getters, whole groups to a thread, each in
+// figure order, finding the others' values cached.
 void WholeRefresh::Run(WholeFrame& frame, int threads) {
   const std::vector<SegmentCP*>& flat = frame.flat;
   const std::size_t parts =
@@ -177,6 +237,7 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
   OnThreads(parts, [&](std::size_t part) {
     const std::size_t start = first(plain_.size(), part);
     std::size_t h = start == 0 ? shared_ : headsUntil_[start - 1];
+    auto after = after_[part].begin();
     for (std::size_t k = start; k < first(plain_.size(), part + 1); ++k) {
       for (; h < headsUntil_[k]; ++h) position(h);
       const std::size_t at = plain_[k];
@@ -186,19 +247,10 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
         frame.musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
             modelAt_[slots_[k].head[0]];
       }
+      for (; after != after_[part].end() && after->first == k; ++after) frame.derive(groups_[after->second], lazyById_);
     }
   });
-  // Whole groups to each thread, by their running point count; each
-  // thread's points in figure order.
-  std::vector<std::size_t> partOf(groupSize_.size());
-  std::size_t counted = 0;
-  for (std::size_t g = 0; g < partOf.size(); ++g) {
-    partOf[g] = lazy_.empty() ? 0 : counted * parts / lazy_.size();
-    counted += groupSize_[g];
-  }
-  std::vector<OrderedPoints> orders(parts);
-  for (std::size_t k = 0; k < lazy_.size(); ++k) orders[partOf[group_[k]]].push_back(lazy_[k]);
-  OnThreads(parts, [&](std::size_t part) { frame.derive(orders[part], lazyById_); });
+  OnThreads(parts, [&](std::size_t part) { frame.derive(late_[part], lazyById_); });
 }
 
 }  // namespace splinecore::detail

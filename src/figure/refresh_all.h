@@ -49,6 +49,7 @@ class WholeRefresh {
  private:
   void Make(const WholeFrame& frame, std::size_t parts);
   void MakeGroups(bool hostEffects);
+  void Schedule(const WholeFrame& frame, std::size_t parts);
 
   std::size_t parts_ = 0;  // none: no plan
   bool muscle_{};
@@ -67,13 +68,17 @@ class WholeRefresh {
   // The points left to the getters, in figure order and marked by id.
   OrderedPoints lazy_;
   std::vector<unsigned char> lazyById_;
-  // Per lazy point, its group: the lazy points its getters may reach (its
-  // stack, its spline neighbours up to two steps and their stacks, a
-  // hook's far end's stack, and theirs in turn). Groups share no written
-  // state; with host effects there is one group. Groups are numbered by
-  // first appearance.
-  std::vector<std::size_t> group_;
-  std::vector<std::size_t> groupSize_;
+  // The lazy points in groups: the lazy points one's getters may reach (its
+  // stack, its spline neighbours up to two steps and their stacks, a hook's
+  // far end's stack, and theirs in turn), each in figure order. Groups share
+  // no written state; with host effects there is one group.
+  std::vector<OrderedPoints> groups_;
+  // The groups run right after the last plain point they read, while it
+  // is in cache: per part, (plain point, group) by plain point. The others
+  // (reading plain points of more than one part, or none) run after the
+  // plain points, whole groups to a thread: per part, their points.
+  std::vector<std::vector<std::pair<std::size_t, std::size_t>>> after_;
+  std::vector<OrderedPoints> late_;
 };
 
 }  // namespace splinecore::detail
