@@ -36,7 +36,7 @@ splinecore_subsystem(hooks USES controlpoint FILES
   snap.h)
 
 splinecore_subsystem(convert USES controlpoint tangents FILES
-  apply_delta.h convert.cpp
+  apply_delta.h convert.cpp hook_tangent.h
   whole_refresh.h)
 
 splinecore_subsystem(groups USES controlpoint hooks FILES
