@@ -488,8 +488,8 @@ struct Figure::Impl {
                              !customs.empty(),
                              view,
                              musclePositions,
-                             [this](SegmentCP* c) { Reset(c); },
                              [this](const Ordered& order, const std::vector<unsigned char>& marks) {
+                               for (const auto& [id, c] : order) Reset(c);
                                Derive(order, {}, &marks);
                              }};
     plan.Run(frame, threads);

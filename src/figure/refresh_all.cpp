@@ -208,8 +208,7 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
 }
 
 // The getters' bits in phases; within a phase each thread writes only the
-// points of its own share. (1) The points left to the getters are reset
-// and the shared heads' positions computed; (2) the plain points get their
+// points of its own share. (1) The shared heads' positions are computed; (2) the plain points get their
 // values (RefreshPlainPoint), each share in figure order computing its
 // other heads' positions as it first needs them, and each group of points
 // left to the getters right after the last plain point it reads; (3) the
@@ -230,8 +229,6 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
   // Share `part` of n items.
   auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
   OnThreads(parts, [&](std::size_t part) {
-    const std::size_t lazy = lazy_.size();
-    for (std::size_t k = first(lazy, part); k < first(lazy, part + 1); ++k) frame.reset(lazy_[k].second);
     for (std::size_t h = first(shared_, part); h < first(shared_, part + 1); ++h) position(h);
   });
   OnThreads(parts, [&](std::size_t part) {
@@ -247,10 +244,10 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
         frame.musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
             modelAt_[slots_[k].head[0]];
       }
-      for (; after != after_[part].end() && after->first == k; ++after) frame.derive(groups_[after->second], lazyById_);
+      for (; after != after_[part].end() && after->first == k; ++after) frame.pass(groups_[after->second], lazyById_);
     }
   });
-  OnThreads(parts, [&](std::size_t part) { frame.derive(late_[part], lazyById_); });
+  OnThreads(parts, [&](std::size_t part) { frame.pass(late_[part], lazyById_); });
 }
 
 }  // namespace splinecore::detail

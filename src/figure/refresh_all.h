@@ -31,11 +31,9 @@ struct WholeFrame {
   bool hostEffects;  // host effects answer by PointId through a shared index
   const ViewRecord& view;
   std::vector<std::vector<Vector>>& musclePositions;  // per spline, per point
-  // A point's derived values and muscle data back to their built state.
-  std::function<void(SegmentCP*)> reset;
-  // The getters' pass over reset points in figure order; the heads the
-  // marks (by id) leave unmarked hold their values already.
-  std::function<void(const OrderedPoints&, const std::vector<unsigned char>& marks)> derive;
+  // The getters' pass over points in figure order, from their built state;
+  // the heads the marks (by id) leave unmarked hold their values already.
+  std::function<void(const OrderedPoints&, const std::vector<unsigned char>& marks)> pass;
 };
 
 // The refresh's plan, kept while the structure, the mode and the number of
