@@ -208,12 +208,13 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
 }
 
 // The getters' bits in phases; within a phase each thread writes only the
-// points of its own share. (1) The shared heads' positions are computed; (2) the plain points get their
-// values (RefreshPlainPoint), each share in figure order computing its
-// other heads' positions as it first needs them, and each group of points
-// left to the getters right after the last plain point it reads; (3) the
-// other groups go through the getters, whole groups to a thread, each in
-// figure order, finding the others' values cached.
+// points of its own share. (1) The shared heads' positions are computed;
+// (2) the plain points get their values (RefreshPlainPoint), each share in
+// figure order computing its other heads' positions as it first needs them,
+// and each group of points left to the getters goes through them right
+// after the last plain point it reads; (3) the other groups go through the
+// getters, whole groups to a thread, each in figure order, finding the
+// others' values cached.
 void WholeRefresh::Run(WholeFrame& frame, int threads) {
   const std::vector<SegmentCP*>& flat = frame.flat;
   const std::size_t parts =
