@@ -36,7 +36,7 @@ splinecore_subsystem(hooks USES controlpoint FILES
   snap.h)
 
 splinecore_subsystem(convert USES controlpoint tangents FILES
-  apply_delta.h convert.cpp
+  apply_delta.h convert.cpp hook_tangent.h
   whole_refresh.h)
 
 splinecore_subsystem(groups USES controlpoint hooks FILES
@@ -47,6 +47,7 @@ splinecore_subsystem(groups USES controlpoint hooks FILES
 
 splinecore_subsystem(figure USES controlpoint hooks measure convert FILES
   figure.cpp figure_file.cpp
+  refresh_all.cpp refresh_all.h
   invert.cpp invert.h
   reach.cpp reach.h)
 

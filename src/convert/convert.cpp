@@ -5,6 +5,7 @@
 // tangents from the muscle-placement positions, with no transform.
 #include "controlpoint/spaces.h"
 #include "convert/apply_delta.h"
+#include "convert/hook_tangent.h"
 #include "tangents/hook_partners.h"
 
 namespace splinecore {
@@ -14,27 +15,12 @@ namespace {
 using detail::MuscleSpace;
 using detail::ScreenSpace;
 
-// The handle offset a hook partner contributes: the reverse of its in-offset
-// when that points away from the hook's neighbour (d), else its out-offset.
-Vector PartnerOffset(const Vector& d, const Vector& outOffset, const Vector& inOffset) {
-  return d.Dot(inOffset) < 0.0 ? -inOffset : outOffset;
-}
-
-// t1 + (t2 - t1) * s, each of the three vector operations rounded.
-Vector InterpolateHookTangent(const Vector& t1, const Vector& t2, float s) {
-  Vector t = t2 - t1;
-  t = t * s;
-  return t1 + t;
-}
-
 // The handle offset of partner x, out-offset asked for first.
 template <class Space>
 Vector PartnerOffsetIn(SegmentCP* x, const Vector& d) {
-  Vector outOffset = Space::OutHandle(x);
-  outOffset -= Space::Position(x);
-  Vector inOffset = Space::Position(x);
-  inOffset -= Space::InHandle(x);
-  return PartnerOffset(d, outOffset, inOffset);
+  const Vector out = Space::OutHandle(x);
+  const Vector at = Space::Position(x);
+  return detail::PartnerOffset(d, at, Space::InHandle(x), out);
 }
 
 // A hook's tangent, interpolated at s between its partners' handle offsets.
@@ -54,10 +40,7 @@ bool ConvertHook(HookSegmentCP* c) {
   SegmentCP* second = detail::SecondHookPartnerForConvert(carrier);
   if (second == nullptr) return false;
   const Vector t2 = PartnerOffsetIn<Space>(second, d);
-  const Vector t = InterpolateHookTangent(t1, t2, c->GetS());
-  // Without a prev the hook's neighbour lies ahead: reverse so that the
-  // tangent keeps pointing toward prev.
-  Space::OutTangent(c) = c->prev != nullptr ? t : -t;
+  Space::OutTangent(c) = detail::HookTangent(t1, t2, c->GetS(), c->prev != nullptr);
   Space::InTangent(c) = Space::OutTangent(c);
   return true;
 }

@@ -4,7 +4,6 @@
 #include "splinecore/figure.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -18,6 +17,7 @@
 #include "convert/whole_refresh.h"
 #include "figure/invert.h"
 #include "figure/reach.h"
+#include "figure/refresh_all.h"
 #include "hooks/snap.h"
 #include "measure/batch_length.h"
 #include "measure/forward_difference.h"
@@ -148,34 +148,7 @@ struct Figure::Impl {
   // changes; whether the figure passed validation since it last changed.
   std::vector<SegmentCP*> flat;
   std::vector<PointId> flatIds;
-  // RefreshWhole's plan, kept while the structure, the mode and the number
-  // of parts stay (no parts: no plan): the points it computes whole (by their index in `flat`),
-  // the heads whose positions those read, and the points left to the
-  // getters, in figure order and marked by id.
-  struct Plan {
-    std::size_t parts = 0;
-    bool muscle{};
-    std::vector<std::size_t> plain;
-    std::vector<detail::PlainSlots> slots;  // per plain point, into the heads
-    // The heads read by plain points of more than one part come first
-    // (`shared` of them, computed before the plain points); each of the
-    // others just before the first plain point that reads it: plain point k
-    // computes the heads up to headsUntil[k].
-    std::vector<SegmentCP*> heads;
-    std::size_t shared = 0;
-    std::vector<std::uint32_t> headsUntil;
-    std::vector<Vector> screenAt;  // per head, its screen position ...
-    std::vector<Vector> modelAt;   // ... and its model position, each refresh
-    std::vector<std::pair<PointId, SegmentCP*>> lazy;
-    std::vector<unsigned char> lazyById;
-    // Per lazy point, its group: the lazy points its getters may reach (its
-    // stack, its spline neighbours up to two steps and their stacks, a
-    // hook's far end's stack, and theirs in turn). Groups share no written
-    // state; with host effects (which answer by PointId through a shared
-    // index) there is one group. Groups are numbered by first appearance.
-    std::vector<std::size_t> group;
-    std::vector<std::size_t> groupSize;
-  } plan;
+  detail::WholeRefresh plan;  // RefreshWhole's plan
 
   Impl() {
     cache.view = &view;
@@ -349,7 +322,7 @@ struct Figure::Impl {
     if (c->IsHook()) static_cast<HookSegmentCP*>(c)->Gethit();
   }
 
-  using Ordered = std::vector<std::pair<PointId, SegmentCP*>>;
+  using Ordered = detail::OrderedPoints;
 
   // Figure order: spline by spline, along each spline.
   static bool Before(PointId a, PointId b) { return a.spline != b.spline ? a.spline < b.spline : a.index < b.index; }
@@ -469,7 +442,7 @@ struct Figure::Impl {
     if (flat.empty()) {
       std::vector<std::string> problems = ValidateAll();
       if (!problems.empty()) throw FigureError("the figure is not valid: " + problems.front());
-      plan.parts = 0;
+      plan.Forget();
       flatIds.clear();
       for (std::size_t i = 0; i < splines.size(); ++i)
         for (std::size_t j = 0; j < splines[i].points.size(); ++j) {
@@ -514,192 +487,22 @@ struct Figure::Impl {
     for (std::thread& w : workers) w.join();
   }
 
-  // Which points the getters must do: hooks, the points in stacks with
-  // muscle data, the points whose tangents read one of those (up to two
-  // steps along the spline), and in muscle mode the carriers (their turn
-  // places their runs). The others' values depend only on model positions,
-  // their own deltas and the transforms, and asking for them changes no
-  // other point; they are split into `parts` consecutive shares.
-  void MakePlan(std::size_t parts) {
-    const std::size_t ids = cache.nextId;
-    std::vector<unsigned char> muscleStack(ids, 0);
-    for (SegmentCP* c : flat)
-      if (c->id < cpData.size() && cpData[c->id] != nullptr)
-        for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = 1;
-    auto special = [&muscleStack](const SegmentCP* x) {
-      return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0);
-    };
-    plan = Plan{};
-    plan.lazyById.assign(ids, 0);
-    for (std::size_t k = 0; k < flat.size(); ++k) {
-      SegmentCP* c = flat[k];
-      const bool reached = special(c) || special(c->prev) || special(c->next) ||
-                           (c->prev != nullptr && special(c->prev->prev)) ||
-                           (c->next != nullptr && special(c->next->next)) || (muscle && c->IsHasHooks());
-      if (reached) {
-        plan.lazyById[c->id] = 1;
-        plan.lazy.emplace_back(flatIds[k], c);
-      } else {
-        plan.plain.push_back(k);
-      }
-    }
-    // The heads each plain point reads, by role (null: no such neighbour,
-    // its slot is never read); the part of the first reader of each head,
-    // and whether a later part reads it too.
-    const std::size_t n = plan.plain.size();
-    std::vector<std::array<SegmentCP*, 4>> reads(n);
-    constexpr std::size_t kUnread = ~std::size_t{0};
-    std::vector<std::size_t> firstPart(ids, kUnread);
-    std::vector<unsigned char> sharedById(ids, 0);
-    for (std::size_t part = 0, k = 0; k < n; ++k) {
-      while (k >= n * (part + 1) / parts) ++part;
-      SegmentCP* c = flat[plan.plain[k]];
-      SegmentCP* second = nullptr;
-      if (c->prev == nullptr && c->next != nullptr) second = c->next->next;
-      if (c->next == nullptr && c->prev != nullptr) second = c->prev->prev;
-      reads[k] = {c->head, c->prev, c->next, second};
-      for (SegmentCP*& x : reads[k]) {
-        if (x == nullptr) continue;
-        x = x->head;
-        if (firstPart[x->id] == kUnread) firstPart[x->id] = part;
-        if (firstPart[x->id] != part) sharedById[x->id] = 1;
-      }
-    }
-    std::vector<std::uint32_t> slotById(ids, 0);
-    auto take = [&](SegmentCP* h) {
-      slotById[h->id] = static_cast<std::uint32_t>(plan.heads.size());
-      plan.heads.push_back(h);
-      firstPart[h->id] = kUnread;  // taken
-    };
-    for (const auto& r : reads)
-      for (SegmentCP* h : r)
-        if (h != nullptr && sharedById[h->id] != 0 && firstPart[h->id] != kUnread) take(h);
-    plan.shared = plan.heads.size();
-    for (std::size_t k = 0; k < n; ++k) {
-      for (SegmentCP* h : reads[k])
-        if (h != nullptr && firstPart[h->id] != kUnread) take(h);
-      plan.headsUntil.push_back(static_cast<std::uint32_t>(plan.heads.size()));
-      auto slot = [&slotById](const SegmentCP* h) { return h != nullptr ? slotById[h->id] : 0u; };
-      const auto& r = reads[k];
-      plan.slots.push_back(detail::PlainSlots{{slot(r[0]), slot(r[1]), slot(r[2]), slot(r[3])}});
-    }
-    plan.screenAt.resize(plan.heads.size());
-    plan.modelAt.resize(plan.heads.size());
-    MakeGroups();
-    plan.muscle = muscle;
-    plan.parts = parts;
-  }
-
-  void MakeGroups() {
-    const std::size_t n = plan.lazy.size();
-    std::vector<std::size_t> root(n);
-    for (std::size_t k = 0; k < n; ++k) root[k] = k;
-    auto find = [&root](std::size_t k) {
-      while (root[k] != k) k = root[k] = root[root[k]];
-      return k;
-    };
-    std::vector<std::size_t> indexById(plan.lazyById.size(), 0);
-    for (std::size_t k = 0; k < n; ++k) indexById[plan.lazy[k].second->id] = k;
-    for (std::size_t k = 0; k < n; ++k) {
-      SegmentCP* c = plan.lazy[k].second;
-      if (!customs.empty()) {
-        root[find(k)] = find(0);
-        continue;
-      }
-      // What c's getters may write: the stacks within two spline steps of
-      // c and, for a hook, of every member of its carrier's stack and of the
-      // stack at the carrier's next (its run and its partners, whose
-      // conversions read their own neighbours).
-      std::vector<SegmentCP*> seeds{c};
-      if (SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr) {
-        for (SegmentCP* m : StackMembers(carrier)) seeds.push_back(m);
-        if (carrier->next != nullptr)
-          for (SegmentCP* m : StackMembers(carrier->next)) seeds.push_back(m);
-      }
-      for (SegmentCP* s : seeds)
-        for (SegmentCP* x : {s, s->prev, s->next, s->prev != nullptr ? s->prev->prev : nullptr,
-                             s->next != nullptr ? s->next->next : nullptr}) {
-          if (x == nullptr) continue;
-          for (SegmentCP* m : StackMembers(x))
-            if (plan.lazyById[m->id] != 0) root[find(indexById[m->id])] = find(k);
-        }
-    }
-    std::vector<std::size_t> number(n, n);
-    plan.group.assign(n, 0);
-    plan.groupSize.clear();
-    for (std::size_t k = 0; k < n; ++k) {
-      const std::size_t r = find(k);
-      if (number[r] == n) {
-        number[r] = plan.groupSize.size();
-        plan.groupSize.push_back(0);
-      }
-      plan.group[k] = number[r];
-      ++plan.groupSize[number[r]];
-    }
-  }
-
-  // Runs f(part) for every part below `parts`, part 0 on this thread, and
-  // returns when all are done.
-  template <class F>
-  static void OnThreads(std::size_t parts, F f) {
-    std::vector<std::thread> workers;
-    for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, k);
-    f(std::size_t{0});
-    for (std::thread& w : workers) w.join();
-  }
-
-  // Recompute's bits in phases; within a phase each thread writes only the
-  // points of its own share. (1) The points left to the getters are reset
-  // and the shared heads' positions computed; (2) the plain points get their
-  // values (RefreshPlainPoint), each share in figure order computing its
-  // other heads' positions as it first needs them; (3) the points left to
-  // the getters go through them as in Pass, whole groups to a thread, each
-  // in figure order, finding the others' values cached.
+  // Every derived value of the whole figure, with the bits of Recompute.
   void RefreshWhole(int threads) {
     StartWhole();
-    const std::size_t parts =
-        std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
-    if (plan.parts != parts || plan.muscle != muscle) MakePlan(parts);
-    const Matrix& screen = view.screenMatrix;
-    const Matrix& inverse = view.inverseScreenMatrix;
-    auto position = [&](std::size_t h) {
-      plan.modelAt[h] = plan.heads[h]->p;
-      plan.screenAt[h] = TransformPoint(screen, plan.modelAt[h]);
-    };
-    // Share `part` of n items.
-    auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
-    OnThreads(parts, [&](std::size_t part) {
-      const std::size_t lazy = plan.lazy.size();
-      for (std::size_t k = first(lazy, part); k < first(lazy, part + 1); ++k) Reset(plan.lazy[k].second);
-      for (std::size_t h = first(plan.shared, part); h < first(plan.shared, part + 1); ++h) position(h);
-    });
-    OnThreads(parts, [&](std::size_t part) {
-      const std::size_t start = first(plan.plain.size(), part);
-      std::size_t h = start == 0 ? plan.shared : plan.headsUntil[start - 1];
-      for (std::size_t k = start; k < first(plan.plain.size(), part + 1); ++k) {
-        for (; h < plan.headsUntil[k]; ++h) position(h);
-        const std::size_t at = plan.plain[k];
-        SegmentCP* c = flat[at];
-        detail::RefreshPlainPoint(c, plan.slots[k], plan.screenAt.data(), plan.modelAt.data(), screen, inverse,
-                                  muscle);
-        if (muscle) {
-          const PointId id = flatIds[at];
-          musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
-              plan.modelAt[plan.slots[k].head[0]];
-        }
-      }
-    });
-    // Whole groups to each thread, by their running point count; each
-    // thread's points in figure order.
-    std::vector<std::size_t> partOf(plan.groupSize.size());
-    std::size_t counted = 0;
-    for (std::size_t g = 0; g < partOf.size(); ++g) {
-      partOf[g] = plan.lazy.empty() ? 0 : counted * parts / plan.lazy.size();
-      counted += plan.groupSize[g];
-    }
-    std::vector<Ordered> orders(parts);
-    for (std::size_t k = 0; k < plan.lazy.size(); ++k) orders[partOf[plan.group[k]]].push_back(plan.lazy[k]);
-    OnThreads(parts, [&](std::size_t part) { Derive(orders[part], {}, &plan.lazyById); });
+    detail::WholeFrame frame{flat,
+                             flatIds,
+                             cpData,
+                             cache.nextId,
+                             muscle,
+                             !customs.empty(),
+                             view,
+                             musclePositions,
+                             [this](const Ordered& order, const std::vector<unsigned char>& marks) {
+                               for (const auto& [id, c] : order) Reset(c);
+                               Derive(order, {}, &marks);
+                             }};
+    plan.Run(frame, threads);
   }
 
   // The muscle placement of a carrier's run, through its first hook.

@@ -23,7 +23,6 @@ void PlaceRun(SegmentCP* carrier) {
   float a = 1.0f;
   Vector c1;
   Vector c2;
-  Vector scratch;
   HookSegmentCP* last = nullptr;
   for (SegmentCP* k : detail::HookRun(carrier)) {
     auto* h = static_cast<HookSegmentCP*>(k);
@@ -33,22 +32,13 @@ void PlaceRun(SegmentCP* carrier) {
     // every hook's screenp comes from its new place.
     if constexpr (Space::kScreen) h->Getscreenp();
     const float b = ParameterOf(h);
-    detail::SubdivideBezier(&q, c1, c2, &p, a, b, &scratch, &Space::HookIn(h), &Space::HookOut(h), &h->p);
-    if constexpr (Space::kScreen) {
-      h->hit = TransformPoint(inverse, h->hit);
-      h->hot = TransformPoint(inverse, h->hot);
-      h->p = TransformPoint(inverse, h->p);
-    }
+    detail::CutPiece<Space::kScreen>(q, c1, c2, p, a, b, inverse, Space::HookIn(h), Space::HookOut(h), h->p);
     a = ParameterOf(h);
     last = h;
   }
   if (last == nullptr) return;
-  Vector scratchEnd;
-  detail::SubdivideBezier(&q, c1, c2, &p, a, 0.0f, &scratch, &Space::LastIn(last), &Space::LastOut(last), &scratchEnd);
-  if constexpr (Space::kScreen) {
-    last->pit = TransformPoint(inverse, last->pit);
-    last->pot = TransformPoint(inverse, last->pot);
-  }
+  Vector atEnd;  // the carrier's next, not kept
+  detail::CutPiece<Space::kScreen>(q, c1, c2, p, a, 0.0f, inverse, Space::LastIn(last), Space::LastOut(last), atEnd);
 }
 
 }  // namespace

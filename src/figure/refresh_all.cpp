@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: MIT
+#include "figure/refresh_all.h"
+
+#include <algorithm>
+#include <array>
+#include <thread>
+
+#include "controlpoint/walks.h"
+
+namespace splinecore::detail {
+
+namespace {
+
+// Runs f(part) for every part below `parts`, part 0 on this thread, and
+// returns when all are done.
+template <class F>
+void OnThreads(std::size_t parts, F f) {
+  std::vector<std::thread> workers;
+  for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, k);
+  f(std::size_t{0});
+  for (std::thread& w : workers) w.join();
+}
+
+// Calls f(m) for every member of the stacks within two spline steps of s.
+template <class F>
+void NearStacks(SegmentCP* s, F f) {
+  for (SegmentCP* x : {s, s->prev, s->next, s->prev != nullptr ? s->prev->prev : nullptr,
+                       s->next != nullptr ? s->next->next : nullptr}) {
+    if (x == nullptr) continue;
+    for (SegmentCP* m : StackMembers(x)) f(m);
+  }
+}
+
+// The points whose stacks within two steps c's getters may write: c and,
+// for a hook, every member of its carrier's stack and of the stack at the
+// carrier's next (its run and its partners, whose conversions read their
+// own neighbours).
+std::vector<SegmentCP*> Seeds(SegmentCP* c) {
+  std::vector<SegmentCP*> seeds{c};
+  if (SegmentCP* carrier = c->IsHook() ? FindCarrier(c) : nullptr) {
+    for (SegmentCP* m : StackMembers(carrier)) seeds.push_back(m);
+    if (carrier->next != nullptr)
+      for (SegmentCP* m : StackMembers(carrier->next)) seeds.push_back(m);
+  }
+  return seeds;
+}
+
+}  // namespace
+
+// Which points the getters must do: hooks, the points in stacks with
+// muscle data, the points whose tangents read one of those (up to two
+// steps along the spline), and in muscle mode the carriers (their turn
+// places their runs). The others' values depend only on model positions,
+// their own deltas and the transforms, and asking for them changes no
+// other point; they are split into `parts` consecutive shares.
+void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
+  const std::vector<SegmentCP*>& flat = frame.flat;
+  const std::size_t ids = frame.idCount;
+  std::vector<unsigned char> muscleStack(ids, 0);
+  for (SegmentCP* c : flat)
+    if (c->id < frame.cpData.size() && frame.cpData[c->id] != nullptr)
+      for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = 1;
+  auto special = [&muscleStack](const SegmentCP* x) {
+    return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0);
+  };
+  *this = WholeRefresh{};
+  lazyById_.assign(ids, 0);
+  for (std::size_t k = 0; k < flat.size(); ++k) {
+    SegmentCP* c = flat[k];
+    const bool reached = special(c) || special(c->prev) || special(c->next) ||
+                         (c->prev != nullptr && special(c->prev->prev)) ||
+                         (c->next != nullptr && special(c->next->next)) || (frame.muscle && c->IsHasHooks());
+    if (reached) {
+      lazyById_[c->id] = 1;
+      lazy_.emplace_back(frame.ids[k], c);
+    } else {
+      plain_.push_back(k);
+    }
+  }
+  // The heads each plain point reads, by role (null: no such neighbour,
+  // its slot is never read); the part of the first reader of each head,
+  // and whether a later part reads it too.
+  const std::size_t n = plain_.size();
+  std::vector<std::array<SegmentCP*, 4>> reads(n);
+  constexpr std::size_t kUnread = ~std::size_t{0};
+  std::vector<std::size_t> firstPart(ids, kUnread);
+  std::vector<unsigned char> sharedById(ids, 0);
+  for (std::size_t part = 0, k = 0; k < n; ++k) {
+    while (k >= n * (part + 1) / parts) ++part;
+    SegmentCP* c = flat[plain_[k]];
+    SegmentCP* second = nullptr;
+    if (c->prev == nullptr && c->next != nullptr) second = c->next->next;
+    if (c->next == nullptr && c->prev != nullptr) second = c->prev->prev;
+    reads[k] = {c->head, c->prev, c->next, second};
+    for (SegmentCP*& x : reads[k]) {
+      if (x == nullptr) continue;
+      x = x->head;
+      if (firstPart[x->id] == kUnread) firstPart[x->id] = part;
+      if (firstPart[x->id] != part) sharedById[x->id] = 1;
+    }
+  }
+  std::vector<std::uint32_t> slotById(ids, 0);
+  auto take = [&](SegmentCP* h) {
+    slotById[h->id] = static_cast<std::uint32_t>(heads_.size());
+    heads_.push_back(h);
+    firstPart[h->id] = kUnread;  // taken
+  };
+  for (const auto& r : reads)
+    for (SegmentCP* h : r)
+      if (h != nullptr && sharedById[h->id] != 0 && firstPart[h->id] != kUnread) take(h);
+  shared_ = heads_.size();
+  for (std::size_t k = 0; k < n; ++k) {
+    for (SegmentCP* h : reads[k])
+      if (h != nullptr && firstPart[h->id] != kUnread) take(h);
+    headsUntil_.push_back(static_cast<std::uint32_t>(heads_.size()));
+    auto slot = [&slotById](const SegmentCP* h) { return h != nullptr ? slotById[h->id] : 0u; };
+    const auto& r = reads[k];
+    slots_.push_back(PlainSlots{{slot(r[0]), slot(r[1]), slot(r[2]), slot(r[3])}});
+  }
+  screenAt_.resize(heads_.size());
+  modelAt_.resize(heads_.size());
+  MakeGroups(frame.hostEffects);
+  Schedule(frame, parts);
+  muscle_ = frame.muscle;
+  parts_ = parts;
+}
+
+void WholeRefresh::MakeGroups(bool hostEffects) {
+  const std::size_t n = lazy_.size();
+  std::vector<std::size_t> root(n);
+  for (std::size_t k = 0; k < n; ++k) root[k] = k;
+  auto find = [&root](std::size_t k) {
+    while (root[k] != k) k = root[k] = root[root[k]];
+    return k;
+  };
+  std::vector<std::size_t> indexById(lazyById_.size(), 0);
+  for (std::size_t k = 0; k < n; ++k) indexById[lazy_[k].second->id] = k;
+  for (std::size_t k = 0; k < n; ++k) {
+    if (hostEffects) {
+      root[find(k)] = find(0);
+      continue;
+    }
+    for (SegmentCP* s : Seeds(lazy_[k].second))
+      NearStacks(s, [&](SegmentCP* m) {
+        if (lazyById_[m->id] != 0) root[find(indexById[m->id])] = find(k);
+      });
+  }
+  std::vector<std::size_t> number(n, n);
+  groups_.clear();
+  for (std::size_t k = 0; k < n; ++k) {
+    const std::size_t r = find(k);
+    if (number[r] == n) {
+      number[r] = groups_.size();
+      groups_.emplace_back();
+    }
+    groups_[number[r]].push_back(lazy_[k]);
+  }
+}
+
+// What a group's getters read beyond what they write: the stacks within two
+// spline steps of those they may write (a conversion reads its neighbours'
+// positions, an open end its second neighbour's).
+void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
+  constexpr std::size_t kNone = ~std::size_t{0};
+  const std::size_t n = plain_.size();
+  std::vector<std::size_t> plainById(frame.idCount, kNone);
+  std::vector<std::size_t> partOf(n);
+  for (std::size_t part = 0, k = 0; k < n; ++k) {
+    while (k >= n * (part + 1) / parts) ++part;
+    plainById[frame.flat[plain_[k]]->id] = k;
+    partOf[k] = part;
+  }
+  after_.assign(parts, {});
+  std::vector<std::size_t> late;
+  for (std::size_t g = 0; g < groups_.size(); ++g) {
+    std::size_t last = kNone;
+    std::size_t part = kNone;
+    bool split = false;
+    for (const auto& member : groups_[g])
+      for (SegmentCP* s : Seeds(member.second))
+        NearStacks(s, [&](SegmentCP* m) {
+          NearStacks(m, [&](SegmentCP* read) {
+            const std::size_t k = plainById[read->id];
+            if (k == kNone) return;
+            split = split || (part != kNone && partOf[k] != part);
+            part = partOf[k];
+            last = last == kNone ? k : std::max(last, k);
+          });
+        });
+    if (last != kNone && !split) {
+      after_[part].emplace_back(last, g);
+    } else {
+      late.push_back(g);
+    }
+  }
+  for (auto& a : after_)
+    std::stable_sort(a.begin(), a.end(), [](const auto& x, const auto& y) { return x.first < y.first; });
+  // The late groups whole to each part, by their running point count.
+  std::size_t total = 0;
+  for (std::size_t g : late) total += groups_[g].size();
+  late_.assign(parts, {});
+  std::size_t counted = 0;
+  for (std::size_t g : late) {
+    OrderedPoints& to = late_[counted * parts / total];
+    to.insert(to.end(), groups_[g].begin(), groups_[g].end());
+    counted += groups_[g].size();
+  }
+}
+
+// The getters' bits in phases; within a phase each thread writes only the
+// points of its own share. (1) The shared heads' positions are computed;
+// (2) the plain points get their values (RefreshPlainPoint), each share in
+// figure order computing its other heads' positions as it first needs them,
+// and each group of points left to the getters goes through them right
+// after the last plain point it reads; (3) the other groups go through the
+// getters, whole groups to a thread, each in figure order, finding the
+// others' values cached.
+void WholeRefresh::Run(WholeFrame& frame, int threads) {
+  const std::vector<SegmentCP*>& flat = frame.flat;
+  const std::size_t parts =
+      std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
+  if (parts_ != parts || muscle_ != frame.muscle) Make(frame, parts);
+  const bool muscle = frame.muscle;
+  const Matrix& screen = frame.view.screenMatrix;
+  const Matrix& inverse = frame.view.inverseScreenMatrix;
+  auto position = [&](std::size_t h) {
+    modelAt_[h] = heads_[h]->p;
+    screenAt_[h] = TransformPoint(screen, modelAt_[h]);
+  };
+  // Share `part` of n items.
+  auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
+  OnThreads(parts, [&](std::size_t part) {
+    for (std::size_t h = first(shared_, part); h < first(shared_, part + 1); ++h) position(h);
+  });
+  OnThreads(parts, [&](std::size_t part) {
+    const std::size_t start = first(plain_.size(), part);
+    std::size_t h = start == 0 ? shared_ : headsUntil_[start - 1];
+    auto after = after_[part].begin();
+    for (std::size_t k = start; k < first(plain_.size(), part + 1); ++k) {
+      for (; h < headsUntil_[k]; ++h) position(h);
+      const std::size_t at = plain_[k];
+      RefreshPlainPoint(flat[at], slots_[k], screenAt_.data(), modelAt_.data(), screen, inverse, muscle);
+      if (muscle) {
+        const PointId id = frame.ids[at];
+        frame.musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
+            modelAt_[slots_[k].head[0]];
+      }
+      for (; after != after_[part].end() && after->first == k; ++after) frame.pass(groups_[after->second], lazyById_);
+    }
+  });
+  OnThreads(parts, [&](std::size_t part) { frame.pass(late_[part], lazyById_); });
+}
+
+}  // namespace splinecore::detail
