@@ -47,7 +47,7 @@ splinecore_subsystem(groups USES controlpoint hooks FILES
 
 splinecore_subsystem(figure USES controlpoint hooks measure convert FILES
   figure.cpp figure_file.cpp
-  refresh_all.cpp refresh_all.h
+  refresh_all.cpp refresh_all.h shares.h
   invert.cpp invert.h
   reach.cpp reach.h)
 

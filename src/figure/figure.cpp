@@ -9,7 +9,6 @@
 #include <cstring>
 #include <new>
 #include <sstream>
-#include <thread>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -18,6 +17,7 @@
 #include "figure/invert.h"
 #include "figure/reach.h"
 #include "figure/refresh_all.h"
+#include "figure/shares.h"
 #include "hooks/snap.h"
 #include "measure/batch_length.h"
 #include "measure/forward_difference.h"
@@ -476,17 +476,6 @@ struct Figure::Impl {
     return onlyReads;
   }
 
-  // Runs f(first, end, part) on `parts` consecutive shares of the figure's
-  // points, part 0 on this thread, and returns when all are done.
-  template <class F>
-  void InParts(std::size_t parts, F f) {
-    const std::size_t n = flat.size();
-    std::vector<std::thread> workers;
-    for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, n * k / parts, n * (k + 1) / parts, k);
-    f(0, n / parts, 0);
-    for (std::thread& w : workers) w.join();
-  }
-
   // Every derived value of the whole figure, with the bits of Recompute.
   void RefreshWhole(int threads) {
     StartWhole();
@@ -900,35 +889,26 @@ std::vector<float> Figure::SplineLengths(int threads) {
   const bool onlyReads = impl_->GettersOnlyRead();
   const std::vector<Impl::Spline>& splines = impl_->splines;
   std::vector<float> out(splines.size());
-  // Splines [first, end): each thread reads its own splines' segments and
-  // writes only their lengths.
-  auto measure = [&splines, &out](std::size_t first, std::size_t end) {
-    std::vector<SegmentCP*> walk;
-    std::vector<float> lengths;
-    for (std::size_t s = first; s < end; ++s) {
-      walk = detail::LengthWalk(splines[s].points.front());
-      lengths.resize(walk.size());
-      detail::CurveLengths(walk.data(), walk.size(), lengths.data());
-      float total = walk.empty() ? 1.0f : 0.0f;
-      for (float l : lengths) total = static_cast<float>(static_cast<double>(total) + l);
-      out[s] = total;
-    }
+  // Spline s: a thread reads only its segments and writes only its length.
+  auto measure = [&splines, &out](std::size_t s) {
+    const std::vector<SegmentCP*> walk = detail::LengthWalk(splines[s].points.front());
+    std::vector<float> lengths(walk.size());
+    detail::CurveLengths(walk.data(), walk.size(), lengths.data());
+    float total = walk.empty() ? 1.0f : 0.0f;
+    for (float l : lengths) total = static_cast<float>(static_cast<double>(total) + l);
+    out[s] = total;
   };
+  // Each spline goes to the share of the figure's points its first point is in.
   std::size_t points = 0;
   for (const Impl::Spline& s : splines) points += s.points.size();
-  const std::size_t parts = onlyReads ? std::min<std::size_t>(static_cast<std::size_t>(threads), points / 256 + 1) : 1;
-  // Cut where the running point count passes each share.
-  std::vector<std::size_t> cuts{0};
-  std::size_t counted = 0;
-  for (std::size_t s = 0; s < splines.size() && cuts.size() < parts; ++s) {
-    counted += splines[s].points.size();
-    if (counted * parts >= points * cuts.size()) cuts.push_back(s + 1);
-  }
-  cuts.push_back(splines.size());
-  std::vector<std::thread> workers;
-  for (std::size_t k = 1; k + 1 < cuts.size(); ++k) workers.emplace_back(measure, cuts[k], cuts[k + 1]);
-  measure(cuts[0], cuts[1]);
-  for (std::thread& w : workers) w.join();
+  const std::size_t parts = onlyReads ? detail::Shares(threads, points, 256) : 1;
+  std::vector<std::size_t> share(splines.size());
+  for (std::size_t s = 0, counted = 0; s < splines.size(); counted += splines[s++].points.size())
+    share[s] = detail::ShareOf(counted, points, parts);
+  detail::OnThreads(parts, [&](std::size_t part) {
+    for (std::size_t s = 0; s < splines.size(); ++s)
+      if (share[s] == part) measure(s);
+  });
   return out;
 }
 
@@ -992,12 +972,10 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
     }
   };
   const std::size_t n = lengths.size();
-  const std::size_t parts =
-      impl_->GettersOnlyRead() ? std::min<std::size_t>(static_cast<std::size_t>(threads), n / 64 + 1) : 1;
-  std::vector<std::thread> workers;
-  for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(answer, n * k / parts, n * (k + 1) / parts);
-  answer(0, n / parts);
-  for (std::thread& w : workers) w.join();
+  const std::size_t parts = impl_->GettersOnlyRead() ? detail::Shares(threads, n, 64) : 1;
+  detail::OnThreads(parts, [&](std::size_t part) {
+    answer(detail::ShareBegin(n, part, parts), detail::ShareBegin(n, part + 1, parts));
+  });
   return out;
 }
 

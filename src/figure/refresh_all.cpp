@@ -3,23 +3,13 @@
 
 #include <algorithm>
 #include <array>
-#include <thread>
 
 #include "controlpoint/walks.h"
+#include "figure/shares.h"
 
 namespace splinecore::detail {
 
 namespace {
-
-// Runs f(part) for every part below `parts`, part 0 on this thread, and
-// returns when all are done.
-template <class F>
-void OnThreads(std::size_t parts, F f) {
-  std::vector<std::thread> workers;
-  for (std::size_t k = 1; k < parts; ++k) workers.emplace_back(f, k);
-  f(std::size_t{0});
-  for (std::thread& w : workers) w.join();
-}
 
 // Calls f(m) for every member of the stacks within two spline steps of s.
 template <class F>
@@ -85,8 +75,8 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   constexpr std::size_t kUnread = ~std::size_t{0};
   std::vector<std::size_t> firstPart(ids, kUnread);
   std::vector<unsigned char> sharedById(ids, 0);
-  for (std::size_t part = 0, k = 0; k < n; ++k) {
-    while (k >= n * (part + 1) / parts) ++part;
+  for (std::size_t k = 0; k < n; ++k) {
+    const std::size_t part = ShareOf(k, n, parts);
     SegmentCP* c = flat[plain_[k]];
     SegmentCP* second = nullptr;
     if (c->prev == nullptr && c->next != nullptr) second = c->next->next;
@@ -165,10 +155,9 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
   const std::size_t n = plain_.size();
   std::vector<std::size_t> plainById(frame.idCount, kNone);
   std::vector<std::size_t> partOf(n);
-  for (std::size_t part = 0, k = 0; k < n; ++k) {
-    while (k >= n * (part + 1) / parts) ++part;
+  for (std::size_t k = 0; k < n; ++k) {
     plainById[frame.flat[plain_[k]]->id] = k;
-    partOf[k] = part;
+    partOf[k] = ShareOf(k, n, parts);
   }
   after_.assign(parts, {});
   std::vector<std::size_t> late;
@@ -201,7 +190,7 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
   late_.assign(parts, {});
   std::size_t counted = 0;
   for (std::size_t g : late) {
-    OrderedPoints& to = late_[counted * parts / total];
+    OrderedPoints& to = late_[ShareOf(counted, total, parts)];
     to.insert(to.end(), groups_[g].begin(), groups_[g].end());
     counted += groups_[g].size();
   }
@@ -217,8 +206,7 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
 // others' values cached.
 void WholeRefresh::Run(WholeFrame& frame, int threads) {
   const std::vector<SegmentCP*>& flat = frame.flat;
-  const std::size_t parts =
-      std::max<std::size_t>(1, std::min<std::size_t>(static_cast<std::size_t>(threads), flat.size() / 4096 + 1));
+  const std::size_t parts = Shares(threads, flat.size(), 4096);
   if (parts_ != parts || muscle_ != frame.muscle) Make(frame, parts);
   const bool muscle = frame.muscle;
   const Matrix& screen = frame.view.screenMatrix;
@@ -227,16 +215,14 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
     modelAt_[h] = heads_[h]->p;
     screenAt_[h] = TransformPoint(screen, modelAt_[h]);
   };
-  // Share `part` of n items.
-  auto first = [parts](std::size_t n, std::size_t part) { return n * part / parts; };
   OnThreads(parts, [&](std::size_t part) {
-    for (std::size_t h = first(shared_, part); h < first(shared_, part + 1); ++h) position(h);
+    for (std::size_t h = ShareBegin(shared_, part, parts); h < ShareBegin(shared_, part + 1, parts); ++h) position(h);
   });
   OnThreads(parts, [&](std::size_t part) {
-    const std::size_t start = first(plain_.size(), part);
+    const std::size_t start = ShareBegin(plain_.size(), part, parts);
     std::size_t h = start == 0 ? shared_ : headsUntil_[start - 1];
     auto after = after_[part].begin();
-    for (std::size_t k = start; k < first(plain_.size(), part + 1); ++k) {
+    for (std::size_t k = start; k < ShareBegin(plain_.size(), part + 1, parts); ++k) {
       for (; h < headsUntil_[k]; ++h) position(h);
       const std::size_t at = plain_[k];
       RefreshPlainPoint(flat[at], slots_[k], screenAt_.data(), modelAt_.data(), screen, inverse, muscle);
