@@ -125,8 +125,7 @@ std::set<std::string> Touched(Named& n) {
 }
 
 struct RunCase {
-  const char* name;
-  const char* figure;
+  const char* figure;  // in tests/figures
   const char* listed;
   const char* exempt;  // or null
   std::set<std::string> touched;
@@ -139,45 +138,19 @@ struct RunCase {
 // the prev side, plus prev's prev and its run. Each hook of a run: itself,
 // next and next's next, else prev and prev's prev, never an exempt one.
 const RunCase kRunCases[] = {
-    {"runs at both neighbours",
-     R"({"splines": [{"name": "a", "points": [{"at": [0, 0]}, {"at": [1, 0]}, {"at": [2, 0]}, {"at": [3, 0]}, {"at": [4, 0]}]},
-        {"name": "g", "points": [{"hook": 0.5}, {"at": [1, 2]}, {"at": [1, 3]}]},
-        {"name": "h", "points": [{"at": [2, 3]}, {"at": [2, 2]}, {"hook": 0.25}]},
-        {"name": "j", "points": [{"at": [3, -2]}, {"hook": 0.5}, {"at": [3, 2]}, {"at": [3, 3]}]}],
-       "stacks": [["a:1", "g:0", "h:2"], ["a:3", "j:1"]]})",
-     "a:2", "j:2",  // a:4 ends the spline two steps on: touched with mode 0
+    {"runs_at_both_neighbours", "a:2", "j:2",  // a:4 ends the spline two steps on: touched with mode 0
      {"a:0", "a:1", "a:2", "a:3", "g:0", "g:1", "g:2", "h:0", "h:1", "h:2", "j:1", "j:3"}},
-    {"runs around the next point's stack",  // a:2 below y's run [r:0, q:1], above x carrying k
-     R"({"splines": [{"name": "a", "points": [{"at": [0, 0]}, {"at": [2, 0]}, {"at": [4, 0]}]},
-        {"name": "y", "points": [{"at": [4, 0]}, {"at": [6, 2]}]},
-        {"name": "x", "points": [{"at": [2, -2]}, {"at": [4, 0]}, {"at": [6, -2]}]},
-        {"name": "r", "points": [{"hook": 0.5}, {"at": [5, 3]}]},
-        {"name": "q", "points": [{"at": [5, 4]}, {"hook": 0.75}]},
-        {"name": "k", "points": [{"hook": 0.5}, {"at": [5, -3]}]},
-        {"name": "l", "points": [{"hook": 0.5}, {"at": [3, -3]}]},
-        {"name": "m", "points": [{"hook": 0.5}, {"at": [5, 5]}]}],
-       "stacks": [["y:0", "r:0", "q:1", "a:2", "x:1", "k:0"], ["x:0", "l:0"], ["q:0", "m:0"]]})",
-     "a:1", nullptr,
+    {"runs_around_the_next_stack", "a:1", nullptr,  // a:2 below y's run [r:0, q:1], above x carrying k
      {"a:0", "a:1", "a:2", "k:0", "k:1", "l:0", "l:1", "r:0", "r:1", "q:1", "q:0", "m:0", "m:1"}},
-    {"runs around the prev point's stack",  // a:1 below z's run [t:1], above w carrying v
-     R"({"splines": [{"name": "a", "points": [{"at": [0, 0]}, {"at": [2, 0]}, {"at": [4, 0]}]},
-        {"name": "z", "points": [{"at": [2, 0]}, {"at": [2, 2]}]},
-        {"name": "t", "points": [{"at": [0, 3]}, {"hook": 0.5}, {"at": [1, 3]}, {"at": [1, 4]}]},
-        {"name": "w", "points": [{"at": [0, -2]}, {"at": [2, 0]}, {"at": [3, -2]}]},
-        {"name": "v", "points": [{"hook": 0.5}, {"at": [3, -3]}]},
-        {"name": "o", "points": [{"hook": 0.5}, {"at": [1, -1]}]},
-        {"name": "q", "points": [{"hook": 0.5}, {"at": [1, 4]}]},
-        {"name": "u", "points": [{"hook": 0.5}, {"at": [1, -3]}]}],
-       "stacks": [["z:0", "t:1", "a:1", "w:1", "v:0"], ["a:0", "o:0"], ["t:0", "q:0"], ["w:0", "u:0"]]})",
-     "a:2", nullptr,
+    {"runs_around_the_prev_stack", "a:2", nullptr,  // a:1 below z's run [t:1], above w carrying v
      {"a:0", "a:1", "a:2", "v:0", "v:1", "u:0", "u:1", "t:1", "t:2", "t:3", "q:0", "q:1", "o:0", "o:1"}},
 };
 
 TEST(GroupEdit, ConvertGroupTouchesTheHookRunsOnNeighbouringSegmentsWithItsMode) {
   for (const RunCase& k : kRunCases) {
     for (long mode : {1L, 2L}) {
-      SCOPED_TRACE(::testing::Message() << k.name << ", mode " << mode);
-      Named n(k.figure);
+      SCOPED_TRACE(::testing::Message() << k.figure << ", mode " << mode);
+      Named n(test::SharedFigure(k.figure));
       if (k.exempt != nullptr) n[k.exempt]->OnExempt();
       const std::vector<std::string> all = n.Names();
       for (const std::string& p : all)

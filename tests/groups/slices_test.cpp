@@ -66,12 +66,7 @@ TEST(Slices, AddAppendsEmptySlicesDeleteFreesOnlySlicesOfTheList) {
 }
 
 TEST(Slices, MatchSliceCPAndGroupSliceTogglingWholeStacks) {
-  Named n(R"({"splines": [{"name": "p", "points": [{"at": [0, 0]}, {"at": [1, 0]}, {"at": [2, 0]}]},
-    {"name": "q", "closed": true, "points": [{"at": [0, 5]}, {"at": [1, 5]}, {"at": [1, 6]}, {"at": [0, 6]}]},
-    {"name": "s", "points": [{"at": [0, 0]}]}, {"name": "t", "points": [{"at": [1, 0]}]},
-    {"name": "u", "points": [{"at": [2, 0]}]}, {"name": "x", "points": [{"at": [9, 9]}]},
-    {"name": "loose", "points": [{"at": [8, 8]}]}],
-   "stacks": [["p:0", "s:0"], ["t:0", "p:1"], ["p:2", "u:0"]]})");
+  Named n(test::SharedFigure("sliced_stacks"));
   Slice* slices = nullptr;
   for (const char* first : {"", "q:1", "q:0", "p:0"}) AddSlice(&slices)->first = *first ? n[first] : nullptr;
   Slice* fromQ1 = slices->next;
@@ -125,7 +120,7 @@ TEST(Slices, MatchSliceCPAndGroupSliceTogglingWholeStacks) {
 TEST(Slices, ReversalHandsEachRunReversedAndMirroredToTheSegmentsNewCarrier) {
   // Open rail of four: the run of rail:i moves to the old rail:i+1, now
   // rail:2-i; s snapped (0.7 -> 0.75, 0.3 -> 0.25, 0.8 -> 0.75), then 1 - s.
-  Named open(test::LoadFigure(std::string(SPLINECORE_SOURCE_DIR) + "/tests/figures/hook_runs.json"));
+  Named open(test::SharedFigure("hook_runs"));
   open.f.Reverse(open.f.FindSpline("rail"));
   EXPECT_EQ(RunsOf(open), (Runs{{"rail:2", {{"one:1", 0.5f}}},
                                {"rail:1", {{"two:2", 0.25f}, {"two:1", 0.75f}}},
@@ -134,11 +129,7 @@ TEST(Slices, ReversalHandsEachRunReversedAndMirroredToTheSegmentsNewCarrier) {
   // goes to b (loop:1), b's [j] to c (loop:0), c's [k 0.3] to a (loop:2);
   // x, crossing a below the run, stays with a.
   // a's deltas are exchanged with their angles negated.
-  Named closed(R"({"splines": [{"name": "loop", "closed": true, "points": [{"at": [0, 0], "in": [1.5, -2, 3], "out": [4, 0, 0.5]},
-    {"at": [4, 0]}, {"at": [2, 3]}]}, {"name": "h", "points": [{"hook": 0.25}, {"at": [1, -2]}]},
-    {"name": "i", "points": [{"hook": 0.75}, {"at": [1, -3]}]}, {"name": "j", "points": [{"hook": 0.5}, {"at": [4, 2]}]},
-    {"name": "k", "points": [{"hook": 0.3}, {"at": [0, 3]}]}, {"name": "x", "points": [{"at": [0, 0]}, {"at": [0, -5]}]}],
-   "stacks": [["loop:0", "h:0", "i:0", "x:0"], ["loop:1", "j:0"], ["loop:2", "k:0"]]})");
+  Named closed(test::SharedFigure("closed_loop_with_runs"));
   closed.f.Reverse(0);
   EXPECT_EQ(RunsOf(closed), (Runs{{"loop:1", {{"i:0", 0.25f}, {"h:0", 0.75f}}},
                                  {"loop:0", {{"j:0", 0.5f}}},
@@ -155,9 +146,7 @@ TEST(Slices, ReversalHandsEachRunReversedAndMirroredToTheSegmentsNewCarrier) {
 TEST(Slices, ReverseSliceRunOntoHookRegressions) {
   // S = c, k with k below D; reversing S makes k c's new prev: c's run [h]
   // hangs below k, on D's segment, mirrored.
-  Named joins(R"({"splines": [{"name": "T", "points": [{"at": [0, 0]}, {"at": [4, 0]}]},
-    {"name": "S", "points": [{"at": [2, 4]}, {"hook": 0.5}]}, {"name": "W", "points": [{"at": [1, 5]}, {"hook": 0.25}, {"at": [3, 5]}]}],
-   "stacks": [["T:0", "S:1"], ["S:0", "W:1"]]})");
+  Named joins(test::SharedFigure("run_handed_to_a_hook"));
   joins.f.Reverse(1);
   EXPECT_EQ(RunsOf(joins), (Runs{{"T:0", {{"S:0", 0.5f}, {"W:1", 0.75f}}}}));
   EXPECT_TRUE(joins.f.Validate().empty());

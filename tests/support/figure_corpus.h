@@ -35,6 +35,11 @@ inline FigureDescription LoadFigure(const std::filesystem::path& file) {
   return ReadFigureFile(text.str());
 }
 
+// tests/figures/<name>.json.
+inline FigureDescription SharedFigure(const std::string& name) {
+  return LoadFigure(std::filesystem::path(SPLINECORE_SOURCE_DIR) / "tests/figures" / (name + ".json"));
+}
+
 inline std::vector<FigureDescription> SharedFigures() {
   std::vector<FigureDescription> figures;
   for (const char* dir : {"examples/figures", "tests/figures", "fuzz/corpus/figure_file"}) {
