@@ -397,7 +397,8 @@ std::string PointPath(const std::string& message, const Reader& reader, const st
 }
 
 // Builds the figure the way Figure(description) does, one step at a time,
-// so that a refusal is reported at the step's place in the file.
+// so that a refusal is reported at the step's place in the file. The
+// transforms, checked as they were read, cannot make it invalid.
 void Check(const FigureDescription& d, const Reader& reader) {
   Figure f;
   for (std::size_t i = 0; i < d.splines.size(); ++i) {
@@ -422,10 +423,6 @@ void Check(const FigureDescription& d, const Reader& reader) {
       step = reader.musclePaths[i];
       f.AddMuscleOffset(d.muscleEffects[i].point, d.muscleEffects[i].offset);
     }
-    step = "/view";
-    f.SetView(d.view, d.inverseView);
-    step = "/screen";
-    f.SetScreen(d.screen, d.inverseScreen);
   } catch (const FigureError& e) {
     Fail(step, e.what());
   }
