@@ -128,7 +128,6 @@ struct Figure::Impl {
   MuscleTable table{};
   MuscleTableLink link{};
   std::vector<MuscleCPData*> cpData;
-  std::vector<Vector> prevp;
   struct Spline {
     std::vector<SegmentCP*> points;  // walk order
     bool closed = false;
@@ -198,9 +197,7 @@ struct Figure::Impl {
     if (id < cpData.size()) return;
     if (id >= 65535u) throw FigureError("muscle table full: ids beyond 65534 carry no muscle data");
     cpData.resize(id + 1, nullptr);
-    prevp.resize(id + 1, Vector(0, 0, 0));
     table.cpData = cpData.data();
-    table.prevp = prevp.data();
     table.count = static_cast<std::uint16_t>(cpData.size());
   }
 

@@ -474,11 +474,9 @@ FigureDescription ReadFigureFile(std::string_view text) {
     // A number out of range: the message quotes the token, which places it.
     std::string reason = e.what();
     const std::size_t open = reason.find('\''), close = reason.rfind('\'');
-    std::size_t at = std::string_view::npos;
-    if (open != std::string::npos && close > open) at = text.find(reason.substr(open + 1, close - open - 1));
-    const std::size_t bracket = reason.find("] ");
-    if (bracket != std::string::npos) reason = reason.substr(bracket + 2);
-    throw FigureFileError(at == std::string_view::npos ? 0 : LineAtByte(text, at), "malformed JSON: " + reason);
+    const std::size_t at = text.find(reason.substr(open + 1, close - open - 1));
+    reason = reason.substr(reason.find("] ") + 2);
+    throw FigureFileError(LineAtByte(text, at), "malformed JSON: " + reason);
   }
   const LineIndex lines(text);
   try {

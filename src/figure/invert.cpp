@@ -26,7 +26,7 @@ bool InvertAffine(const Matrix& m, Matrix* out) {
       {a[0][2] * a[2][1] - a[0][1] * a[2][2], a[0][0] * a[2][2] - a[0][2] * a[2][0], a[0][1] * a[2][0] - a[0][0] * a[2][1]},
       {a[0][1] * a[1][2] - a[0][2] * a[1][1], a[0][2] * a[1][0] - a[0][0] * a[1][2], a[0][0] * a[1][1] - a[0][1] * a[1][0]}};
   const double det = a[0][0] * cof[0][0] + a[0][1] * cof[0][1] + a[0][2] * cof[0][2];
-  if (det == 0.0 || !std::isfinite(det)) return false;
+  // A singular matrix (det 0) leaves infinities or NaNs below: refused there.
   double inv[3][3];
   for (int r = 0; r < 3; ++r)
     for (int c = 0; c < 3; ++c) inv[r][c] = cof[c][r] / det;

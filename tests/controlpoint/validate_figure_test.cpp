@@ -78,6 +78,7 @@ TEST(ValidateFigureTest, EachBrokenRuleIsReportedAlone) {
                                                          x.a0->prev = x.b1; x.b1->next = x.a0; return x.a0; }},
       {"stack-links", FigureRule::kStackLinks, [](Figure& x) { x.b0->stackNext = x.a1; return x.a1; }},
       {"stack-links", FigureRule::kStackLinks, [](Figure& x) { x.b0->stackPrev = x.a1; return x.b0; }},
+      {"stack-links", FigureRule::kStackLinks, [](Figure& x) { x.g->stackNext = x.b1; return x.g; }},
       // The stack loops a1 -> h -> b0 -> a1: no head or carrier walk may follow it.
       {"stack-links", FigureRule::kStackLinks, [](Figure& x) { x.b0->stackNext = x.a1; x.a1->stackPrev = x.b0;
                                                                return x.a1; }},

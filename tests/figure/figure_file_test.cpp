@@ -48,6 +48,13 @@ TEST(FigureFile, DescribesWhatTheFileSays) {
     for (int c = 0; c < 4; ++c) EXPECT_TRUE(d.view.m[r][c] == identity.m[r][c] && d.inverseView.m[r][c] == identity.m[r][c]);
   ASSERT_EQ(d.muscleEffects.size(), 1u);
   EXPECT_EQ(d.muscleEffects[0].offset, Vector(0, 0.5f, 0));
+  // A scale alone: y flipped, nothing turned or moved, both ways.
+  const FigureDescription scaled = ReadFigureFile(R"({"view": {"scale": 2}, "splines": [{"points": [{"at": [0, 0]}]}]})");
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 4; ++c) {
+      const float k = c != r ? 0.0f : r == 1 ? -1.0f : 1.0f;
+      EXPECT_TRUE(scaled.view.m[r][c] == 2 * k && scaled.inverseView.m[r][c] == k / 2) << r << "," << c;
+    }
   // A quarter turn after a y-flipping scale by 2: x' = 2y + 50, y' = 2x + 300.
   Figure f(d);
   const Vector screen = f.Position(PointId{0, 3}, Space::kScreen);

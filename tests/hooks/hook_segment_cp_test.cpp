@@ -1,5 +1,6 @@
 // A hook made from a control point, as a host turns a point into a hook in
-// its place: until it hangs under a carrier it answers as the point did.
+// its place: until it hangs under a carrier it answers as the point did. A
+// new point's cached tangent flags mean nothing before its first getter.
 #include <gtest/gtest.h>
 
 #include "figure_test.h"
@@ -28,6 +29,17 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   EXPECT_EQ(hook->GetS(), 0.25f);
   delete hook;  // frees the muscle data of the shared id
   delete point;
+}
+
+// A new point's model caches are stale until its first getter, whatever
+// flags the host gave it: its model stamp matches no generation.
+TEST(NewPoint, CachedTangentFlagsAreStaleUntilTheFirstGetter) {
+  test::TestFigure f;
+  SegmentCP* c = f.NewCP(Vector(2, 1, 0), cpflag::itCached | cpflag::otCached);
+  f.Open({c});
+  c->it = c->ot = Vector(9, 9, 9);
+  test::ExpectVector(c->Getit(), Vector(0, 0, 0));  // a lone point has no tangent
+  test::ExpectVector(c->Getot(), Vector(0, 0, 0));
 }
 
 }  // namespace

@@ -30,6 +30,9 @@ std::vector<detail::LengthKernel> Kernels() {
 }
 
 TEST(BatchLength, EveryKernelGivesTheScalarBitsOnRandomSegments) {
+#if defined(__x86_64__) || defined(__SSE2__)
+  EXPECT_TRUE(detail::LengthKernelRuns(detail::LengthKernel::kSse2));  // every x86 build has it
+#endif
   // Coordinates from 1e-6 to 1e12 in size, some exactly zero, some segments
   // with coincident ends or zero tangents; an odd count leaves a partial
   // group of lanes.
