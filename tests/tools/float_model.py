@@ -194,6 +194,24 @@ def fd2d(cubic, n, zs, bumps):
     return col
 
 
+# --- a piece of a cubic by blossoming ------------------------------------------
+def subdivide(c, a, b):
+    """B(a,a,a), B(a,a,b), B(a,b,b), B(b,b,b): each weight formed in double,
+    products left to right, rounded to float; then ((c0 w0 + c1 w1) + c2 w2) + c3 w3."""
+    ra, rb = 1.0 - a, 1.0 - b
+    rows = (((ra * ra) * ra, ((3.0 * a) * ra) * ra, ((3.0 * a) * a) * ra, (a * a) * a),
+            ((ra * ra) * rb, ra * (2.0 * a + (1.0 - 3.0 * a) * b), a * (a + (2.0 - 3.0 * a) * b), (a * a) * b),
+            ((ra * rb) * rb, rb * (a + (2.0 - 3.0 * a) * b), b * (2.0 * a + (1.0 - 3.0 * a) * b), (a * b) * b),
+            ((rb * rb) * rb, ((3.0 * b) * rb) * rb, ((3.0 * b) * b) * rb, (b * b) * b))
+    out = []
+    for w in rows:
+        point = scale(c[0], f32(w[0]))
+        for k in (1, 2, 3):
+            point = add(point, scale(c[k], f32(w[k])))
+        out.append(point)
+    return out
+
+
 # --- lengths in view space ---------------------------------------------------
 def transform(m, v, point):
     return F(tuple(m[r][0] * v[0] + m[r][1] * v[1] + m[r][2] * v[2] + (m[r][3] if point else 0.0)
@@ -379,6 +397,9 @@ def cases():
         for _ in range(n if 0 < n < 100 else 2):
             col = bump(col)
         yield 'column', flat(curved) + [n], flat(init_column(a, b, c, d, n) + col)
+    for cubic in (piece, curved):
+        for a, b in ((0, 1), (1, 0), (0.25, 0.5), (0.75, 0.25), (1, 0.75), (0.3, 0.9), (0.6, 0.1), (0.5, 0.5)):
+            yield 'subdivide', flat(cubic) + [f32(a), f32(b)], flat(subdivide(cubic, f32(a), f32(b)))
     for cubic, n, bumps in ((curved, 7, 7), (curved, 1, 1), (curved, 0, 0), (curved, 5, 9),
                             (((0, 0, 0), (3, 0, 0), (3, 0, 0), (3, 0, 0)), 3, 3),
                             (((2.5, -1, 0), (2.5, -1, 0), ZERO, ZERO), 5, 9)):

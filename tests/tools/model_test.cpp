@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "convert/apply_delta.h"
+#include "hooks/subdivide_bezier.h"
 #include "measure/forward_difference.h"
 #include "splinecore/figure.h"
 #include "splinecore/measure.h"
@@ -116,6 +117,12 @@ std::vector<float> Replay(const std::string& op, const std::vector<float>& input
     plane.b.z = 22.0f;
     CubicToPoly2D(&plane, &cubic);
     for (const Vector* v : {&space.a, &space.b, &plane.a, &plane.b}) put(*v);
+  } else if (op == "subdivide") {
+    const Vector c0 = in.V(), c1 = in.V(), c2 = in.V(), c3 = in.V();
+    const float a = in.F();
+    Vector out[4];
+    SubdivideBezier(&c0, c1, c2, &c3, a, in.F(), &out[0], &out[1], &out[2], &out[3]);
+    for (const Vector& v : out) put(v);
   } else if (op == "steps") {
     FDSteps s;
     InitFDSteps(static_cast<unsigned short>(in.I()), &s);
