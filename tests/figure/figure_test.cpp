@@ -7,14 +7,12 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "figure_corpus.h"
 #include "marrow/marrow.h"
-#include "splinecore/measure.h"
 #include "splinecore/segment_cp.h"
 
 namespace splinecore {
@@ -284,38 +282,6 @@ TEST(Figure, SvgPathRunsThroughTheSegmentsInTravelOrder) {
   EXPECT_EQ(loop.substr(loop.size() - 2), " Z");
   f.AddSpline(Line({{0.1f, -7, 0}}));
   EXPECT_EQ(f.SvgPath(2, Space::kModel), "M 0.1 -7");
-}
-
-TEST(Figure, PointsAtManyLengthsAreTheBitsOfOneWalkPerLength) {
-  // Every spline of the shared figures; lengths at random, at every segment
-  // boundary the walk sums to, at zero and beyond the end, shuffled. Each
-  // answer must equal PositionDirectionFromSubLength's.
-  std::mt19937 random(7);
-  for (const FigureDescription& d : test::SharedFigures()) {
-    Figure f(d);
-    for (int s = 0; s < f.SplineCount(); ++s) {
-      const float total = f.SplineLength(s);
-      std::vector<float> lengths = {0.0f, total, total * 1.5f + 1.0f};
-      float walked = 0.0f;
-      for (int i = 0; i < f.PointCount(s); ++i) {
-        if (!f.OwnsSegment(PointId{s, i})) continue;
-        walked = static_cast<float>(static_cast<double>(walked) + f.SegmentLength(PointId{s, i}));
-        lengths.push_back(walked);
-      }
-      for (int k = 0; k < 20; ++k) lengths.push_back(std::uniform_real_distribution<float>(0.0f, total)(random));
-      std::shuffle(lengths.begin(), lengths.end(), random);
-      const std::vector<PointOnSpline> many = f.PointsAtLengths(s, lengths);
-      ASSERT_EQ(many.size(), lengths.size());
-      for (std::size_t k = 0; k < lengths.size(); ++k) {
-        Vector position, direction(0, 0, 0);
-        PositionDirectionFromSubLength(f.ControlPoint(PointId{s, 0}), lengths[k], &position, &direction);
-        EXPECT_EQ(Bits({many[k].position.x, many[k].position.y, many[k].position.z, many[k].direction.x,
-                        many[k].direction.y, many[k].direction.z}),
-                  Bits({position.x, position.y, position.z, direction.x, direction.y, direction.z}))
-            << "spline " << s << ", length " << lengths[k];
-      }
-    }
-  }
 }
 
 }  // namespace

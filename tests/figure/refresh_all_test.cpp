@@ -1,17 +1,21 @@
 // Whole-figure refresh: after RefreshAll every member of every control point
 // holds the bits the lazy queries leave, the raw getters then only read, and
-// the threaded batch lengths and points at lengths give the one-thread bits.
+// the threaded batch lengths and points at lengths give the one-thread and
+// one-walk-per-length bits.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <random>
 #include <vector>
 
 #include "figure_corpus.h"
 #include "grid_figure.h"
 #include "splinecore/figure.h"
 #include "splinecore/hooks.h"
+#include "splinecore/measure.h"
 #include "splinecore/segment_cp.h"
 
 namespace splinecore::test {
@@ -102,19 +106,25 @@ TEST(SplineLengths, AnyNumberOfThreadsGivesOneThreadsBits) {
       for (std::size_t s = 0; s < one.size(); ++s)
         EXPECT_EQ(std::memcmp(&many[s], &one[s], sizeof(float)), 0) << "figure " << k << ", spline " << s;
     }
-    // Points at 200 lengths, unsorted, past the end too, on the longest
-    // spline: each point's bits from PointAtLength.
-    int longest = 0;
-    for (int s = 1; s < f.SplineCount(); ++s)
-      if (f.PointCount(s) > f.PointCount(longest)) longest = s;
-    std::vector<float> lengths;
-    for (int i = 0; i < 200; ++i) lengths.push_back(one[static_cast<std::size_t>(longest)] * ((i * 37) % 200) / 180.0f);
-    for (int threads : {2, 3}) {
-      const std::vector<PointOnSpline> at = f.PointsAtLengths(longest, lengths, threads);
-      ASSERT_EQ(at.size(), lengths.size());
-      for (std::size_t i = 0; i < lengths.size(); ++i) {
-        const PointOnSpline alone = f.PointAtLength(longest, lengths[i]);
-        EXPECT_EQ(std::memcmp(&at[i], &alone, sizeof alone), 0) << "figure " << k << ", length " << i;
+    // Points at lengths, shuffled: zero, every segment boundary the walk
+    // sums to, spread along, the end and past it; on any number of threads
+    // each is PositionDirectionFromSubLength's answer (the shared figures).
+    for (int s = 0; k + 1 < figures.size() && s < f.SplineCount(); ++s) {
+      std::vector<float> lengths = {0.0f, one[static_cast<std::size_t>(s)], one[static_cast<std::size_t>(s)] * 1.5f + 1};
+      float walked = 0.0f;
+      for (int i = 0; i < f.PointCount(s); ++i)
+        if (f.OwnsSegment(PointId{s, i}))
+          lengths.push_back(walked = static_cast<float>(static_cast<double>(walked) + f.SegmentLength(PointId{s, i})));
+      for (int i = 0; i < 150; ++i) lengths.push_back(one[static_cast<std::size_t>(s)] * static_cast<float>((i * 37) % 150) / 140);
+      std::shuffle(lengths.begin(), lengths.end(), std::mt19937(7));
+      for (int threads : {1, 2, 3}) {
+        const std::vector<PointOnSpline> at = f.PointsAtLengths(s, lengths, threads);
+        ASSERT_EQ(at.size(), lengths.size());
+        for (std::size_t i = 0; i < lengths.size(); ++i) {
+          PointOnSpline alone{Vector(0, 0, 0), Vector(0, 0, 0)};
+          PositionDirectionFromSubLength(f.ControlPoint(PointId{s, 0}), lengths[i], &alone.position, &alone.direction);
+          EXPECT_EQ(std::memcmp(&at[i], &alone, sizeof alone), 0) << "figure " << k << ", spline " << s << ", length " << lengths[i];
+        }
       }
     }
   }
