@@ -169,33 +169,6 @@ TEST_P(CorpusFigure, HalvedMagnitudesHalveTheTangents) {
     }
 }
 
-// Muscle space differs from model space only by the effects and by
-// working without the screen transform: with an identity screen and a zero
-// offset on every point (so every point has muscle data and runs its
-// deltas through it), each muscle segment between two non-hooks is the
-// model segment out of muscle mode, bit for bit.
-TEST_P(CorpusFigure, ZeroOffsetsLeaveMuscleSpaceTheModelSpace) {
-  FigureDescription d = test::LoadFigure(GetParam());
-  d.screen = d.inverseScreen = Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
-  d.muscleEffects.clear();
-  d.muscleMode = false;
-  for (int s = 0; s < static_cast<int>(d.splines.size()); ++s)
-    for (int i = 0; i < static_cast<int>(d.splines[static_cast<std::size_t>(s)].points.size()); ++i)
-      if (!d.splines[static_cast<std::size_t>(s)].points[static_cast<std::size_t>(i)].hook)
-        d.muscleEffects.push_back(MuscleEffectDesc{PointId{s, i}, Vector(0, 0, 0), nullptr});
-  Figure model(d);
-  d.muscleMode = true;
-  Figure f(d);
-  for (int s = 0; s < f.SplineCount(); ++s)
-    for (int i = 0; i < f.PointCount(s); ++i) {
-      if (!f.OwnsSegment(PointId{s, i})) continue;
-      const SegmentCP* c = f.ControlPoint(PointId{s, i});
-      if (c->IsHook() || c->next->IsHook()) continue;  // placed and turned by their own muscle rules
-      const Bezier m = f.Segment(PointId{s, i}, Space::kMuscle), e = model.Segment(PointId{s, i}, Space::kModel);
-      EXPECT_TRUE(Same(m.p0, e.p0) && Same(m.h0, e.h0) && Same(m.h1, e.h1) && Same(m.p1, e.p1)) << s << ":" << i;
-    }
-}
-
 // Every edit a point takes, on the point; false where it does not apply.
 using PointEdit = bool (*)(Figure&, PointId, const PointDesc&);
 const PointEdit kEdits[] = {

@@ -43,17 +43,16 @@ TEST(FigureFile, DescribesWhatTheFileSays) {
   ASSERT_EQ(d.hooks.size(), 1u);
   EXPECT_EQ(d.hooks[0].hook, (PointId{3, 1}));
   EXPECT_EQ(d.hooks[0].carrier, (PointId{0, 1}));  // the non-hook above it
-  const Matrix identity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
-  for (int r = 0; r < 3; ++r)  // no view given: the identity both ways
-    for (int c = 0; c < 4; ++c) EXPECT_TRUE(d.view.m[r][c] == identity.m[r][c] && d.inverseView.m[r][c] == identity.m[r][c]);
   ASSERT_EQ(d.muscleEffects.size(), 1u);
   EXPECT_EQ(d.muscleEffects[0].offset, Vector(0, 0.5f, 0));
-  // A scale alone: y flipped, nothing turned or moved, both ways.
+  // A scale alone: y flipped, nothing turned or moved, both ways; no screen
+  // given: the identity both ways.
   const FigureDescription scaled = ReadFigureFile(R"({"view": {"scale": 2}, "splines": [{"points": [{"at": [0, 0]}]}]})");
   for (int r = 0; r < 3; ++r)
     for (int c = 0; c < 4; ++c) {
       const float k = c != r ? 0.0f : r == 1 ? -1.0f : 1.0f;
       EXPECT_TRUE(scaled.view.m[r][c] == 2 * k && scaled.inverseView.m[r][c] == k / 2) << r << "," << c;
+      EXPECT_TRUE(scaled.screen.m[r][c] == (r == c) && scaled.inverseScreen.m[r][c] == (r == c)) << r << "," << c;
     }
   // A quarter turn after a y-flipping scale by 2: x' = 2y + 50, y' = 2x + 300.
   Figure f(d);
