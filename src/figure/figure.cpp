@@ -693,7 +693,6 @@ void Figure::Reverse(int spline) {
     ReverseSlice(&probe);
     trial.impl_->splines[static_cast<std::size_t>(spline)].points.front() = probe.first;
     trial.impl_->Relink(trial.impl_->splines[static_cast<std::size_t>(spline)]);
-    trial.impl_->Touched();
     const std::vector<std::string> problems = trial.impl_->ValidateAll();
     if (!problems.empty()) Fail(PointId{spline, 0}, "reversal would leave the figure invalid: " + problems.front());
   }
