@@ -153,7 +153,6 @@ struct Figure::Impl {
     cache.view = &view;
     cache.figure = &record;
     view.viewMatrix = view.inverseViewMatrix = view.screenMatrix = view.inverseScreenMatrix = kIdentity;
-    table.count = 0;
     link.table = &table;
     record.muscleTables = &link;
     cache.muscleTable = &table;
@@ -861,9 +860,8 @@ void Figure::RefreshAll(Space space, int threads) {
   if (impl_->whole) {
     impl_->RefreshWhole(threads);
     impl_->whole = impl_->local = false;
-    impl_->reach = detail::Reach{};
   }
-  impl_->Canonicalize();
+  impl_->Canonicalize();  // what is left: nothing after a whole pass, else the reach of local edits
 }
 
 float Figure::SegmentLength(PointId point) {
@@ -898,12 +896,9 @@ std::vector<float> Figure::SplineLengths(int threads) {
   std::size_t points = 0;
   for (const Impl::Spline& s : splines) points += s.points.size();
   const std::size_t parts = onlyReads ? detail::Shares(threads, points, 256) : 1;
-  std::vector<std::size_t> share(splines.size());
-  for (std::size_t s = 0, counted = 0; s < splines.size(); counted += splines[s++].points.size())
-    share[s] = detail::ShareOf(counted, points, parts);
   detail::OnThreads(parts, [&](std::size_t part) {
-    for (std::size_t s = 0; s < splines.size(); ++s)
-      if (share[s] == part) measure(s);
+    for (std::size_t s = 0, counted = 0; s < splines.size(); counted += splines[s++].points.size())
+      if (detail::ShareOf(counted, points, parts) == part) measure(s);
   });
   return out;
 }

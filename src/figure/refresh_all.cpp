@@ -123,7 +123,7 @@ void WholeRefresh::MakeGroups(bool hostEffects) {
     while (root[k] != k) k = root[k] = root[root[k]];
     return k;
   };
-  std::vector<std::size_t> indexById(lazyById_.size(), 0);
+  std::vector<std::size_t> indexById(lazyById_.size());
   for (std::size_t k = 0; k < n; ++k) indexById[lazy_[k].second->id] = k;
   for (std::size_t k = 0; k < n; ++k) {
     if (hostEffects) {

@@ -12,14 +12,16 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   test::TestFigure f;
   f.AddMuscleTable(8);
   f.cache.nextId = 5;  // an id a fresh record would not have
+  SegmentCP* before = f.NewCP(Vector(0, 0, 0));
   SegmentCP* point = f.NewCP(Vector(2, 1, 0), cpflag::smooth);
+  test::Link({before, point}, false);
   point->indelta = Delta{10, 20, 1.5f};
   point->outdelta = Delta{-5, 0, 2};
   MuscleCPData* data = f.AddMuscleData(point);
   auto* hook = new HookSegmentCP(point, 0.25f);
   hook->cache = point->cache;  // the host stores it, as for any new point
   EXPECT_TRUE(hook->IsHook() && hook->IsSmooth());
-  EXPECT_EQ(hook->head, hook);
+  EXPECT_TRUE(hook->head == hook && hook->prev == before && hook->next == nullptr);  // in the point's place
   test::ExpectVector(hook->Getp(), Vector(2, 1, 0));
   test::ExpectVector(hook->Getscreenp(), Vector(2, 1, 0));  // nothing cached yet
   EXPECT_EQ(hook->GetMuscleCPData(), data);  // found by the point's id
@@ -29,6 +31,7 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   EXPECT_EQ(hook->GetS(), 0.25f);
   delete hook;  // frees the muscle data of the shared id
   delete point;
+  delete before;
 }
 
 // A new point's model caches are stale until its first getter, whatever
