@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "figure_corpus.h"
+#include "marrow/marrow.h"
 #include "splinecore/segment_cp.h"
 
 namespace splinecore {
@@ -162,6 +163,10 @@ TEST(Figure, HostEffectsMoveTheirPointInMuscleModeAndTravelWithTheDescription) {
   }
   f.ClearMuscleEffects(PointId{0, 0});  // has none: nothing to clear
   EXPECT_EQ(f.Describe().muscleEffects.size(), 2u);
+  const long live = MarrowLiveBlocks();
+  f.AddMuscleOffset(PointId{0, 0}, Vector(1, 0, 0));
+  f.ClearMuscleEffects(PointId{0, 0});
+  EXPECT_EQ(MarrowLiveBlocks(), live);  // the effect and the point's muscle data are freed
   f.ClearMuscleEffects(PointId{1, 1});
   EXPECT_EQ(f.Position(PointId{1, 1}, Space::kModel), Vector(2, 0, 0));
   EXPECT_EQ(f.Describe().muscleEffects.size(), 0u);
