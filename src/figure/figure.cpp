@@ -128,6 +128,8 @@ struct Figure::Impl {
   MuscleTable table{};
   MuscleTableLink link{};
   std::vector<MuscleCPData*> cpData;
+  // c's muscle data, or null.
+  MuscleCPData* DataOf(const SegmentCP* c) const { return c->id < cpData.size() ? cpData[c->id] : nullptr; }
   struct Spline {
     std::vector<SegmentCP*> points;  // walk order
     bool closed = false;
@@ -340,8 +342,7 @@ struct Figure::Impl {
   // A point's derived values and muscle data back to their built state.
   void Reset(SegmentCP* c) {
     ZeroDerived(c);
-    if (c->id < cpData.size() && cpData[c->id] != nullptr) {
-      MuscleCPData* d = cpData[c->id];
+    if (MuscleCPData* d = DataOf(c)) {
       d->indelta = d->outdelta = Delta{0, 0, 0};
       d->position = Vector(0, 0, 0);
     }
@@ -392,7 +393,7 @@ struct Figure::Impl {
     // once more, so that no flag depends on which neighbours a pass ran.
     if (muscle)
       for (const auto& [id, c] : order)
-        if (c->id < cpData.size() && cpData[c->id] != nullptr) c->Getp();
+        if (DataOf(c) != nullptr) c->Getp();
   }
 
   // The pass over the reach of the local edits, in figure order. Outside
@@ -631,9 +632,9 @@ void Figure::AddMuscleEffect(PointId point, std::shared_ptr<const CustomMuscleEf
 
 void Figure::ClearMuscleEffects(PointId point) {
   SegmentCP* c = impl_->At(point);
-  if (c->id >= impl_->cpData.size() || impl_->cpData[c->id] == nullptr) return;
+  MuscleCPData* data = impl_->DataOf(c);
+  if (data == nullptr) return;
   impl_->ForgetCustoms(c);
-  MuscleCPData* data = impl_->cpData[c->id];
   for (MuscleEffect* e = data->effects; e != nullptr;) {
     MuscleEffect* next = e->next;
     FreeSeg(e);
