@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       try {
         f.Reverse(f.SplineCount() / 2);
       } catch (const FigureError&) {
-        // A reversal that would leave the figure invalid is refused.
+        // Refused: an open spline whose last point carries hooks.
       }
       CheckValid(f, "after the reversal");
       f.SetMuscleMode(true);

@@ -15,6 +15,10 @@
 
 namespace splinecore {
 
+namespace detail {
+struct FigureAccess;  // what the library's own tests inspect
+}
+
 class SegmentCP;
 
 /// The library's argument error: the message names the point and the rule.
@@ -186,8 +190,9 @@ class SPLINECORE_API Figure {
   void SetDeltas(PointId point, Delta in, Delta out);  ///< sets the point's in- and out-deltas
   void SetSmooth(PointId point, bool smooth);  ///< makes the point smooth, or a peak
   void SetHookS(PointId hook, float s);  ///< snapped to 0.25, 0.5 or 0.75 (see PointDesc)
-  /// Reverses the spline's direction. Refused when the reversal would leave
-  /// the figure invalid (a run that cannot be handed over).
+  /// Reverses the spline's direction; each hook run moves to its carrier's
+  /// new segment (see ReverseSlice). Refused for an open spline whose last
+  /// point carries hooks.
   void Reverse(int spline);
   /// Removes a point. Refused for a carrier with hooks, the last point of a
   /// closed spline of two, the only point of a spline, and a point whose
@@ -281,6 +286,7 @@ class SPLINECORE_API Figure {
   /// @}
 
  private:
+  friend struct detail::FigureAccess;
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };

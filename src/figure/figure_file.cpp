@@ -233,7 +233,7 @@ class Reader {
 
   // The JSON path of each point, for errors found while building.
   std::map<std::pair<int, int>, std::string> paths;
-  std::vector<std::string> stackPaths, hookPaths, musclePaths;
+  std::vector<std::string> stackPaths, hookPaths;
 
  private:
   // {"matrix": M, "inverse": I}, the inverse optional (computed), or
@@ -377,7 +377,6 @@ class Reader {
       if (!e.contains("point") || !e.contains("move")) Fail(at, "a muscle effect needs \"point\" and \"move\"");
       d_.muscleEffects.push_back(
           MuscleEffectDesc{ReadRef(e["point"], at + "/point"), Point(e["move"], at + "/move", "\"move\""), nullptr});
-      musclePaths.push_back(at);
     }
   }
 
@@ -398,7 +397,8 @@ std::string PointPath(const std::string& message, const Reader& reader, const st
 
 // Builds the figure the way Figure(description) does, one step at a time,
 // so that a refusal is reported at the step's place in the file. The
-// transforms, checked as they were read, cannot make it invalid.
+// transforms and the muscle effects (their points and moves), checked as
+// they were read, cannot make it invalid.
 void Check(const FigureDescription& d, const Reader& reader) {
   Figure f;
   for (std::size_t i = 0; i < d.splines.size(); ++i) {
@@ -408,7 +408,7 @@ void Check(const FigureDescription& d, const Reader& reader) {
       Fail(PointPath(e.what(), reader, "/splines/" + std::to_string(i)), e.what());
     }
   }
-  // Stacks, hooks and effects are reported where the file refers to them.
+  // Stacks and hooks are reported where the file refers to them.
   std::string step;
   try {
     for (std::size_t i = 0; i < d.stacks.size(); ++i) {
@@ -418,10 +418,6 @@ void Check(const FigureDescription& d, const Reader& reader) {
     for (std::size_t i = 0; i < d.hooks.size(); ++i) {
       step = reader.hookPaths[i];
       f.AddHook(d.hooks[i].hook, d.hooks[i].carrier);
-    }
-    for (std::size_t i = 0; i < d.muscleEffects.size(); ++i) {
-      step = reader.musclePaths[i];
-      f.AddMuscleOffset(d.muscleEffects[i].point, d.muscleEffects[i].offset);
     }
   } catch (const FigureError& e) {
     Fail(step, e.what());

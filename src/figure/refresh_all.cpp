@@ -196,6 +196,12 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
   }
 }
 
+RefreshPlanCounts WholeRefresh::Counts() const {
+  RefreshPlanCounts counts{plain_.size(), lazy_.size(), 0};
+  for (const OrderedPoints& points : late_) counts.late += points.size();
+  return counts;
+}
+
 // The getters' bits in phases; within a phase each thread writes only the
 // points of its own share. (1) The shared heads' positions are computed;
 // (2) the plain points get their values (RefreshPlainPoint), each share in

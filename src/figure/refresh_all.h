@@ -36,6 +36,12 @@ struct WholeFrame {
   std::function<void(const OrderedPoints&, const std::vector<unsigned char>& marks)> pass;
 };
 
+// How a plan shares out a figure's points: computed directly, left to the
+// getters, and of those the ones run after all the plain points.
+struct RefreshPlanCounts {
+  std::size_t plain = 0, lazy = 0, late = 0;
+};
+
 // The refresh's plan, kept while the structure, the mode and the number of
 // parts stay (Forget after any change of structure).
 class WholeRefresh {
@@ -43,6 +49,7 @@ class WholeRefresh {
   void Forget() { parts_ = 0; }
   // Every derived value of the frame's figure, on up to `threads` threads.
   void Run(WholeFrame& frame, int threads);
+  RefreshPlanCounts Counts() const;
 
  private:
   void Make(const WholeFrame& frame, std::size_t parts);
@@ -77,6 +84,11 @@ class WholeRefresh {
   // plain points, whole groups to a thread: per part, their points.
   std::vector<std::vector<std::pair<std::size_t, std::size_t>>> after_;
   std::vector<OrderedPoints> late_;
+};
+
+// The plan of a figure's last RefreshAll, for the tests.
+struct FigureAccess {
+  static RefreshPlanCounts RefreshPlan(const Figure& f);
 };
 
 }  // namespace splinecore::detail

@@ -11,6 +11,7 @@
 #include <random>
 #include <vector>
 
+#include "figure/refresh_all.h"
 #include "figure_corpus.h"
 #include "grid_figure.h"
 #include "splinecore/figure.h"
@@ -75,6 +76,33 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
   Figure plain;
   EXPECT_THROW(plain.RefreshAll(Space::kMuscle), FigureError);
   EXPECT_THROW(plain.RefreshAll(Space::kScreen, 0), FigureError);
+}
+
+// The plan computes directly every point no hook and no muscle data reach,
+// and on one thread runs each group of the others right after the last plain
+// point it reads. Spline 0 = 0:0 .. 0:7 along x; spline 1 = a, h with the
+// hook h on 0:2's segment: h and a are the getters'. An offset on 0:6 gives
+// 0:4 .. 0:7 to the getters too (two steps either way); in muscle mode the
+// carrier 0:2 as well.
+TEST(RefreshAll, LeavesToTheGettersOnlyWhatHooksAndMuscleDataReach) {
+  Figure f;
+  SplineDesc rail, hook{{PointDesc{Vector(2.5f, 3, 0)}, PointDesc{}}, false, ""};
+  for (int i = 0; i < 8; ++i) rail.points.push_back(PointDesc{Vector(static_cast<float>(i), 0, 0)});
+  hook.points[1].hook = true;
+  f.AddSpline(rail);
+  f.AddSpline(hook);
+  f.AddHook(PointId{1, 1}, PointId{0, 2});
+  auto counts = [&f](bool muscle) {
+    f.SetMuscleMode(muscle);
+    f.RefreshAll(muscle ? Space::kMuscle : Space::kScreen);
+    const detail::RefreshPlanCounts c = detail::FigureAccess::RefreshPlan(f);
+    return std::vector<std::size_t>{c.plain, c.lazy, c.late};
+  };
+  EXPECT_EQ(counts(false), (std::vector<std::size_t>{8, 2, 0}));
+  EXPECT_EQ(counts(true), (std::vector<std::size_t>{7, 3, 0}));
+  f.AddMuscleOffset(PointId{0, 6}, Vector(0, 1, 0));
+  EXPECT_EQ(counts(false), (std::vector<std::size_t>{4, 6, 0}));
+  EXPECT_EQ(counts(true), (std::vector<std::size_t>{3, 7, 0}));
 }
 
 TEST(SplineLengths, AnyNumberOfThreadsGivesOneThreadsBits) {
