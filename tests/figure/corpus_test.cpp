@@ -208,12 +208,13 @@ TEST_P(CorpusFigure, AfterAnyEditTheRecordsReadAsAFreshFigures) {
             continue;
           Figure fresh(f.Describe());
           for (Figure* g : {&f, &fresh}) {
-            switch (query % 5) {
+            switch (query % 6) {
               case 0: g->SplineLengths(); break;
               case 1: g->PointsAtLengths(0, {1.0f}); break;
               case 2: g->Position(PointId{0, 0}, muscle ? Space::kMuscle : Space::kModel); break;
               case 3: g->SvgPath(0, muscle ? Space::kMuscle : Space::kScreen); break;
               case 4: g->HookPieces(PointId{0, 0}, muscle ? Space::kMuscle : Space::kScreen); break;
+              case 5: g->Sample(0, 2); break;
             }
           }
           ++query;

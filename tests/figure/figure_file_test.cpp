@@ -45,14 +45,16 @@ TEST(FigureFile, DescribesWhatTheFileSays) {
   EXPECT_EQ(d.hooks[0].carrier, (PointId{0, 1}));  // the non-hook above it
   ASSERT_EQ(d.muscleEffects.size(), 1u);
   EXPECT_EQ(d.muscleEffects[0].offset, Vector(0, 0.5f, 0));
-  // A scale alone: y flipped, nothing turned or moved, both ways; no screen
-  // given: the identity both ways.
-  const FigureDescription scaled = ReadFigureFile(R"({"view": {"scale": 2}, "splines": [{"points": [{"at": [0, 0]}]}]})");
+  // A scale alone: y flipped, nothing turned or moved, both ways; a
+  // translation alone: y flipped (the scale is 1), moved by (3, 4) and back.
+  const FigureDescription scaled = ReadFigureFile(
+      R"({"view": {"scale": 2}, "screen": {"translate": [3, 4]}, "splines": [{"points": [{"at": [0, 0]}]}]})");
   for (int r = 0; r < 3; ++r)
     for (int c = 0; c < 4; ++c) {
       const float k = c != r ? 0.0f : r == 1 ? -1.0f : 1.0f;
       EXPECT_TRUE(scaled.view.m[r][c] == 2 * k && scaled.inverseView.m[r][c] == k / 2) << r << "," << c;
-      EXPECT_TRUE(scaled.screen.m[r][c] == (r == c) && scaled.inverseScreen.m[r][c] == (r == c)) << r << "," << c;
+      const float t = c != 3 || r == 2 ? 0.0f : r == 0 ? 3.0f : 4.0f;
+      EXPECT_TRUE(scaled.screen.m[r][c] == k + t && scaled.inverseScreen.m[r][c] == k + (r == 0 ? -t : t)) << r << "," << c;
     }
   // A quarter turn after a y-flipping scale by 2: x' = 2y + 50, y' = 2x + 300.
   Figure f(d);
@@ -141,12 +143,16 @@ TEST(FigureFile, WritingAndReadingBackKeepsEveryBit) {
   }
 }
 
-TEST(FigureFile, PointsAreCountedAcrossSplines) {
-  // Two splines of 30,000 points are allowed; one point more is too many.
-  std::string spline = "{\"points\": [{\"at\": [0, 0]}";
-  for (int i = 1; i < 30000; ++i) spline += ", {\"at\": [0, 0]}";
-  EXPECT_EQ(ReadFigureFile("{\"splines\": [" + spline + "]},\n" + spline + "]}]}").splines.size(), 2u);
-  ExpectRefused("{\"splines\": [" + spline + "]},\n" + spline + ", {\"at\": [0, 0]}]}]}", 2, "more than 60000 points in all");
+TEST(FigureFile, SplinesAndPointsAreCountedAcrossTheFile) {
+  // 4,096 splines with 60,000 points in all are allowed; one spline or one
+  // point more is too many. Spline k starts on line k + 1.
+  const std::string one = "{\"points\": [{\"at\": [0, 0]}]},\n";
+  std::string splines = "{\"splines\": [", last = "{\"points\": [{\"at\": [0, 0]}";
+  for (int i = 0; i < 4095; ++i) splines += one;
+  for (int i = 4096; i < 60000; ++i) last += ", {\"at\": [0, 0]}";
+  EXPECT_EQ(ReadFigureFile(splines + last + "]}]}").splines.size(), 4096u);
+  ExpectRefused(splines + last + ", {\"at\": [0, 0]}]}]}", 4096, "more than 60000 points in all");
+  ExpectRefused(splines + one + last + "]}]}", 1, "more than 4096 splines");
 }
 
 TEST(FigureFile, HostEffectsCannotBeWritten) {

@@ -65,12 +65,13 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   // The point is checked before the value.
   refused([&] { f.AddMuscleOffset(PointId{0, 9}, Vector(NAN, 0, 0)); }, "point 0:9: no such point");
   refused([&] { f.AddMuscleEffect(PointId{7, 0}, nullptr); }, "point 7:0: no such spline");
-  refused([&] { f.SplineName(3); }, "no such spline");
+  refused([&] { f.SplineName(3); }, "point 3:0: no such spline");
   refused([&] { f.SvgPath(-1, Space::kModel); }, "no such spline");
   refused([&] { f.PointsAtLengths(1, {1.0f, -1.0f}); }, "point 1:0: lengths must be finite and not negative");
   refused([&] { f.Sample(0, 0); }, "steps must be 1 to 65535");
   refused([&] { f.Sample(0, 65536); }, "steps must be 1 to 65535");
   EXPECT_EQ(f.Sample(0, 65535).size(), 65536u);  // one segment
+  EXPECT_EQ(f.Sample(0, 1).size(), 2u);
   const Matrix identity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
   Matrix nan = identity;
   nan.m[1][3] = NAN;
@@ -115,14 +116,14 @@ class LiftEffect final : public CustomMuscleEffect {
   }
 };
 
-// Doubles both tangents.
+// Doubles both tangents, turning each half way round twice (by pitch, then
+// by yaw: back where it was).
 class StretchEffect final : public CustomMuscleEffect {
  public:
-  int AdjustInDelta(PointId, Delta* delta) const override {
-    delta->magnitude *= 2.0f;
-    return 1 | 4;
-  }
+  int AdjustInDelta(PointId, Delta* delta) const override { return AdjustOutDelta(PointId{}, delta); }
   int AdjustOutDelta(PointId, Delta* delta) const override {
+    delta->pitch += 180.0f;
+    delta->yaw += 180.0f;
     delta->magnitude *= 2.0f;
     return 1 | 4;
   }

@@ -187,6 +187,9 @@ TEST(Slices, ReverseSliceRunOntoHookRegressions) {
   ReverseSlice(&sliceQ);
   f.Register(sliceQ.first);
   EXPECT_TRUE(q0->stackNext == q1 && q1->stackNext == nullptr && q1->s == 0.1f);
+  Slice none{nullptr, nullptr};
+  ReverseSlice(&none);  // no spline: nothing to do
+  ReverseSlice(nullptr);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
-// Muscle handle points through the raw getters, in the orders a host may
-// call them: each side converts on its own, a cleared flag never converts a
-// handle twice, and a hook's handles come from its partners (values derived
-// by hand beside each case).
+// Muscle handle points through the raw getters: a hook's handles come from
+// its partners (values derived by hand beside each case).
 #include <gtest/gtest.h>
 
 #include "figure_test.h"
@@ -11,45 +9,6 @@ namespace {
 
 using test::ExpectVector;
 using test::TestFigure;
-
-class MuscleHandles : public test::FigureTest {
- protected:
-  void SetUp() override { f.SetMuscleMode(true); }
-  SegmentCP* CP(float x, float y, std::uint32_t flags = 0) {
-    SegmentCP* c = f.NewCP(Vector(x, y, 0), flags);
-    c->indelta = c->outdelta = Delta{0, 0, 1};
-    return c;
-  }
-};
-
-// Smooth a(0,0) -> c(2,1) -> b(4,0): equal chords, so c's tangents are both
-// (a - b)/2 = (-2,0,0) and its handles c -/+ t/3.
-TEST_F(MuscleHandles, EachSideConvertsAloneAndNeverTwice) {
-  SegmentCP* c = nullptr;
-  f.Open({CP(0, 0, cpflag::smooth), c = CP(2, 1, cpflag::smooth), CP(4, 0, cpflag::smooth)});
-  ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
-  EXPECT_EQ(c->flags & cpflag::motCached, 0u);
-  EXPECT_EQ(c->IsConverted(), 0);  // muscle handles leave the model conversion alone
-  ExpectVector(c->Getit(), Vector(-2, 0, 0));
-  EXPECT_NE(c->IsConverted(), 0);
-  ExpectVector(c->mot, Vector(-2, 0, 0));  // still the tangent
-  c->p.x += 1;  // the other side converts from the head's position now
-  ExpectVector(c->Getmot(), Vector(2.3333333f, 1, 0));
-  ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
-  c->p.x -= 1;
-  for (int order = 0; order < 3; ++order) {  // after none, one or both getters
-    SCOPED_TRACE(order);
-    c->Touch(0);
-    if (order >= 1) c->Getmit();
-    if (order >= 2) c->Getmot();
-    for (bool outFirst : {true, false}) {
-      c->OffCachedmitot();
-      if (outFirst) ExpectVector(c->Getmot(), Vector(1.3333333f, 1, 0));
-      ExpectVector(c->Getmit(), Vector(2.6666667f, 1, 0));
-      ExpectVector(c->Getmot(), Vector(1.3333333f, 1, 0));
-    }
-  }
-}
 
 // A hook H at s = 0.5 on carrier C(0,b) -> N(3,b); partner X stacked above
 // C with prev (0,b+3), partner Y above N with prev (3,b+6); H sits at the
@@ -61,7 +20,7 @@ TEST_F(MuscleHandles, EachSideConvertsAloneAndNeverTwice) {
 // the prev beside H, at (3.5,b), the in-offsets are square to it and count
 // as they are. Moving Y's prev to (3,b+12) doubles Y's offset: T =
 // (0,1.25,0), a third of which rounds to 0x1.aaaaacp-2.
-TEST_F(MuscleHandles, AHooksHandlesInterpolateItsPartnersOffsets) {
+TEST(MuscleHandles, AHooksHandlesInterpolateItsPartnersOffsets) {
   struct Case {
     float b, prevX, prevY, sign;  // sign: of T's y
   };
