@@ -272,7 +272,7 @@ struct Figure::Impl {
   }
 
   // A new point, unlinked, nothing cached (a host's AllocSeg need not zero
-  // its blocks; ZeroDerived sets the stamps apart from any generation).
+  // its blocks: every member the library reads is set here).
   SegmentCP* NewPoint(const PointDesc& d) {
     SegmentCP* cp;
     if (d.hook) {
@@ -287,7 +287,7 @@ struct Figure::Impl {
     cp->flags = (d.hook ? cpflag::hook : 0u) | (d.smooth ? cpflag::smooth : 0u);
     cp->cache = &cache;
     cp->head = cp;
-    cp->p = d.hook ? Vector(0, 0, 0) : d.at;
+    cp->p = d.at;  // a hook's is zeroed below, then placed
     cp->indelta = d.in;
     cp->outdelta = d.out;
     ZeroDerived(cp);
@@ -297,21 +297,20 @@ struct Figure::Impl {
   // Brings the figure into its canonical state: after a local edit the
   // edit's reach is recomputed, after any other edit the whole figure.
   void Canonicalize() {
+    detail::Reach edited = std::exchange(reach, detail::Reach{});
     if (whole) {
       Recompute();
     } else if (local) {
-      RecomputeReach();
+      RecomputeReach(edited);
     }
     whole = local = false;
-    reach = detail::Reach{};
   }
 
   // The screen family of one point, in the fixed order of the pass:
-  // position (placing a hook's run), tangents, screen handles.
+  // position (placing a hook's run), screen handles (converting the
+  // tangents).
   static void ComputeScreenFamily(SegmentCP* c) {
     c->Getscreenp();
-    c->Getit();
-    c->Getot();
     c->Getscreenit();
     c->Getscreenot();
     if (c->IsHook()) static_cast<HookSegmentCP*>(c)->Gethit();
@@ -320,7 +319,7 @@ struct Figure::Impl {
   using Ordered = detail::OrderedPoints;
 
   // Figure order: spline by spline, along each spline.
-  static bool Before(PointId a, PointId b) { return a.spline != b.spline ? a.spline < b.spline : a.index < b.index; }
+  static bool Before(PointId a, PointId b) { return std::make_pair(a.spline, a.index) < std::make_pair(b.spline, b.index); }
 
   // Puts the points' derived values back to their freshly built state, then
   // computes them in one fixed order: in muscle mode every point's muscle
@@ -332,18 +331,10 @@ struct Figure::Impl {
   // hold their muscle placement during that phase, as in the whole pass,
   // and their screen placement again afterwards.
   void Pass(const Ordered& order, const std::vector<SegmentCP*>& readHooks = {}) {
-    for (const auto& [id, c] : order) Reset(c);
+    for (const auto& [id, c] : order) ZeroDerived(c);
     Derive(order, readHooks, nullptr);
   }
 
-  // A point's derived values and muscle data back to their built state.
-  void Reset(SegmentCP* c) {
-    ZeroDerived(c);
-    if (MuscleCPData* d = DataOf(c)) {
-      d->indelta = d->outdelta = Delta{0, 0, 0};
-      d->position = Vector(0, 0, 0);
-    }
-  }
 
   // Pass after the reset. With `lazyHeads` (marks by id), the heads it does
   // not mark hold their values already and keep their caches.
@@ -399,8 +390,8 @@ struct Figure::Impl {
   // of its stacks too (the muscle phase clears their muscle caches), and the
   // hooks it may read outside it hold their muscle placement for the muscle
   // phase (both placements write a hook's p).
-  void RecomputeReach() {
-    std::vector<SegmentCP*> points = reach.Close();
+  void RecomputeReach(detail::Reach& edited) {
+    std::vector<SegmentCP*> points = edited.Close();
     std::vector<SegmentCP*> readHooks;
     if (muscle) {
       std::unordered_set<SegmentCP*> in(points.begin(), points.end());
@@ -481,7 +472,7 @@ struct Figure::Impl {
                              view,
                              musclePositions,
                              [this](const Ordered& order, const std::vector<unsigned char>& marks) {
-                               for (const auto& [id, c] : order) Reset(c);
+                               for (const auto& [id, c] : order) ZeroDerived(c);
                                Derive(order, {}, &marks);
                              }};
     plan.Run(frame, threads);

@@ -49,7 +49,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   std::vector<unsigned char> muscleStack(ids, 0);
   for (SegmentCP* c : flat)
     if (c->id < frame.cpData.size() && frame.cpData[c->id] != nullptr)
-      for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = 1;
+      for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = true;
   auto special = [&muscleStack](const SegmentCP* x) {
     return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0);
   };
@@ -61,7 +61,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
                          (c->prev != nullptr && special(c->prev->prev)) ||
                          (c->next != nullptr && special(c->next->next)) || (frame.muscle && c->IsHasHooks());
     if (reached) {
-      lazyById_[c->id] = 1;
+      lazyById_[c->id] = true;
       lazy_.emplace_back(frame.ids[k], c);
     } else {
       plain_.push_back(k);
@@ -72,7 +72,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   // and whether a later part reads it too.
   const std::size_t n = plain_.size();
   std::vector<std::array<SegmentCP*, 4>> reads(n);
-  constexpr std::size_t kUnread = ~std::size_t{0};
+  const std::size_t kUnread = parts;  // no part has this index
   std::vector<std::size_t> firstPart(ids, kUnread);
   std::vector<unsigned char> sharedById(ids, 0);
   for (std::size_t k = 0; k < n; ++k) {
@@ -86,7 +86,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
       if (x == nullptr) continue;
       x = x->head;
       if (firstPart[x->id] == kUnread) firstPart[x->id] = part;
-      if (firstPart[x->id] != part) sharedById[x->id] = 1;
+      if (firstPart[x->id] != part) sharedById[x->id] = true;
     }
   }
   std::vector<std::uint32_t> slotById(ids, 0);
@@ -183,7 +183,7 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
     }
   }
   for (auto& a : after_)
-    std::stable_sort(a.begin(), a.end(), [](const auto& x, const auto& y) { return x.first < y.first; });
+    std::sort(a.begin(), a.end());  // by plain point; groups in their order
   // The late groups whole to each part, by their running point count.
   std::size_t total = 0;
   for (std::size_t g : late) total += groups_[g].size();
@@ -197,7 +197,7 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
 }
 
 RefreshPlanCounts WholeRefresh::Counts() const {
-  RefreshPlanCounts counts{plain_.size(), lazy_.size(), 0};
+  RefreshPlanCounts counts{plain_.size(), lazy_.size(), 0, shared_};
   for (const OrderedPoints& points : late_) counts.late += points.size();
   return counts;
 }

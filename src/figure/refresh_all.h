@@ -37,9 +37,10 @@ struct WholeFrame {
 };
 
 // How a plan shares out a figure's points: computed directly, left to the
-// getters, and of those the ones run after all the plain points.
+// getters, and of those the ones run after all the plain points; and the
+// heads computed before the plain points (read by more than one part).
 struct RefreshPlanCounts {
-  std::size_t plain = 0, lazy = 0, late = 0;
+  std::size_t plain = 0, lazy = 0, late = 0, shared = 0;
 };
 
 // The refresh's plan, kept while the structure, the mode and the number of

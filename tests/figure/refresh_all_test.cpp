@@ -80,7 +80,7 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
 
 // The plan computes directly every point no hook and no muscle data reach,
 // and on one thread runs each group of the others right after the last plain
-// point it reads. Spline 0 = 0:0 .. 0:7 along x; spline 1 = a, h with the
+// point it reads, and shares no head. Spline 0 = 0:0 .. 0:7 along x; spline 1 = a, h with the
 // hook h on 0:2's segment: h and a are the getters'. An offset on 0:6 gives
 // 0:4 .. 0:7 to the getters too (two steps either way); in muscle mode the
 // carrier 0:2 as well.
@@ -96,7 +96,7 @@ TEST(RefreshAll, LeavesToTheGettersOnlyWhatHooksAndMuscleDataReach) {
     f.SetMuscleMode(muscle);
     f.RefreshAll(muscle ? Space::kMuscle : Space::kScreen);
     const detail::RefreshPlanCounts c = detail::FigureAccess::RefreshPlan(f);
-    return std::vector<std::size_t>{c.plain, c.lazy, c.late};
+    return std::vector<std::size_t>{c.plain, c.lazy, c.late + c.shared};
   };
   EXPECT_EQ(counts(false), (std::vector<std::size_t>{8, 2, 0}));
   EXPECT_EQ(counts(true), (std::vector<std::size_t>{7, 3, 0}));
