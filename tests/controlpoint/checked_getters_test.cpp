@@ -34,7 +34,7 @@ TEST_F(CheckedGettersTest, MissingRecordsAbortNamingTheRule) {
   cp->head = cp;
   f.cache.view = nullptr;
   for (Getter g : kScreenGetters) EXPECT_DEATH((cp->*g)(), "view record is not set");
-  for (int k = 0; k < 4; ++k) (cp->*kModelGetters[k])();  // model positions need no view
+  for (const Getter* g = kModelGetters; g != kModelGetters + 4; ++g) (cp->**g)();  // positions need no view
   f.cache.view = &f.view;
   EXPECT_EQ(cp->Getscreenp(), Vector(1, 2, 3));  // all in place: answers
 }
