@@ -68,7 +68,7 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { f.SplineName(3); }, "point 3:0: no such spline");
   refused([&] { f.SvgPath(-1, Space::kModel); }, "no such spline");
   refused([&] { f.PointsAtLengths(1, {1.0f, -1.0f}); }, "point 1:0: lengths must be finite and not negative");
-  refused([&] { f.Sample(0, 0); }, "steps must be 1 to 65535");
+  refused([&] { f.Sample(0, 0); }, "point 0:0: steps must be 1 to 65535");
   refused([&] { f.Sample(0, 65536); }, "steps must be 1 to 65535");
   EXPECT_EQ(f.Sample(0, 65535).size(), 65536u);  // one segment
   EXPECT_EQ(f.Sample(0, 1).size(), 2u);
