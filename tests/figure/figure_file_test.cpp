@@ -46,9 +46,10 @@ TEST(FigureFile, DescribesWhatTheFileSays) {
   ASSERT_EQ(d.muscleEffects.size(), 1u);
   EXPECT_EQ(d.muscleEffects[0].offset, Vector(0, 0.5f, 0));
   // A scale alone: y flipped, nothing turned or moved, both ways; a
-  // translation alone: y flipped (the scale is 1), moved by (3, 4) and back.
+  // translation alone: y flipped (the scale is 1), moved by (3, 4) and back;
+  // coordinates at the limit.
   const FigureDescription scaled = ReadFigureFile(
-      R"({"view": {"scale": 2}, "screen": {"translate": [3, 4]}, "splines": [{"points": [{"at": [0, 0]}]}]})");
+      R"({"view": {"scale": 2}, "screen": {"translate": [3, 4]}, "splines": [{"points": [{"at": [1e6, -1e6]}]}]})");
   for (int r = 0; r < 3; ++r)
     for (int c = 0; c < 4; ++c) {
       const float k = c != r ? 0.0f : r == 1 ? -1.0f : 1.0f;
@@ -161,6 +162,9 @@ TEST(FigureFile, HostEffectsCannotBeWritten) {
   f.AddSpline(SplineDesc{{PointDesc{Vector(0, 0, 0)}}, false, "s"});
   f.AddMuscleEffect(PointId{0, 0}, std::make_shared<Nudge>());
   EXPECT_THROW(WriteFigureFile(f.Describe()), FigureError);
+  f.SetMuscleMode(true);
+  f.SplineLengths();
+  EXPECT_FALSE(f.ControlPoint(PointId{0, 0})->IsMuscleMoved());  // the defaults move and turn nothing
 }
 
 }  // namespace

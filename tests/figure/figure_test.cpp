@@ -78,6 +78,10 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { f.SetScreen(identity, nan); }, "matrices must be finite");
   refused([&] { f.SetScreen(nan); }, "not invertible");
   refused([&] { f.SetView(nan, identity); }, "matrices must be finite");
+  Figure big;  // point ids 0 to 65,535: the last has no room in the muscle table
+  big.AddSpline(SplineDesc{std::vector<PointDesc>(65536), false, ""});
+  big.AddMuscleOffset(PointId{0, 65534}, Vector(1, 0, 0));
+  refused([&] { big.AddMuscleOffset(PointId{0, 65535}, Vector(1, 0, 0)); }, "muscle table full");
   // Spline 1 lost one point to the accepted first Delete above.
   EXPECT_EQ(f.PointCount(1), 1);
   EXPECT_EQ(f.SplineLength(0), before);

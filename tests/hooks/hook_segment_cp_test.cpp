@@ -29,6 +29,8 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   EXPECT_TRUE(in.pitch == 10 && in.yaw == 20 && in.magnitude == 1.5f);
   EXPECT_TRUE(out.pitch == -5 && out.yaw == 0 && out.magnitude == 2);
   EXPECT_EQ(hook->GetS(), 0.25f);
+  Vector t[4];
+  EXPECT_EQ(hook->GetTangents(&t[0], &t[1], &t[2], &t[3], 0), 0);  // a hook has none of its own
   delete hook;  // frees the muscle data of the shared id
   delete point;
   delete before;
