@@ -9,6 +9,7 @@
 #define SPLINECORE_SRC_CONVERT_WHOLE_REFRESH_H
 
 #include "convert/apply_delta.h"
+#include "splinecore/hooks.h"
 #include "splinecore/host.h"
 #include "tangents/tangent_rule.h"
 
@@ -21,6 +22,27 @@ inline constexpr std::uint32_t kDerivedFlags = cpflag::modelCaches | cpflag::scr
 
 inline constexpr float kHandleInThird = -0.3333333432674408f;
 inline constexpr float kHandleOutThird = 0.3333333432674408f;
+
+// Puts c's derived values back to their freshly built state (a hook's
+// placement too): the getters recompute whatever is asked next.
+inline void ZeroDerived(SegmentCP* c) {
+  c->flags &= ~kDerivedFlags;
+  // One store each: a chain (a = b = zero) reads each member back.
+  for (Vector* v : {&c->it, &c->ot, &c->screenp, &c->screenit, &c->screenot, &c->mit, &c->mot}) *v = kZeroVector;
+  if (c->IsHook()) {
+    auto* h = static_cast<HookSegmentCP*>(c);
+    for (Vector* v : {&h->hit, &h->hot, &h->pit, &h->pot, &h->mhit, &h->mhot, &h->mpit, &h->mpot, &h->p})
+      *v = kZeroVector;
+  }
+}
+
+// The second neighbour an open end's tangent rule may read (null for a
+// point with both neighbours or neither).
+inline SegmentCP* OpenEndSecond(const SegmentCP* c) {
+  if (c->prev == nullptr && c->next != nullptr) return c->next->next;
+  if (c->next == nullptr && c->prev != nullptr) return c->prev->prev;
+  return nullptr;
+}
 
 // Where RefreshPlainPoint reads positions: per point, the slots of the
 // heads of c, prev, next and the second neighbour an open end reads (slot

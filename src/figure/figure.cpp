@@ -97,18 +97,6 @@ bool Finite(const Matrix& m) {
   return true;
 }
 
-
-void ZeroDerived(SegmentCP* c) {
-  c->flags &= ~detail::kDerivedFlags;
-  const Vector zero(0, 0, 0);
-  c->it = c->ot = c->screenp = c->screenit = c->screenot = c->mit = c->mot = zero;
-  if (c->IsHook()) {
-    auto* h = static_cast<HookSegmentCP*>(c);
-    h->hit = h->hot = h->pit = h->pot = h->mhit = h->mhot = h->mpit = h->mpot = zero;
-    h->p = zero;
-  }
-}
-
 }  // namespace
 
 using detail::FindCarrier;
@@ -117,6 +105,7 @@ using detail::RunBottom;
 using detail::SplinePoints;
 using detail::StackFrom;
 using detail::StackMembers;
+using detail::ZeroDerived;
 
 struct Figure::Impl {
   FigureCache cache{};  // generations stay 0: the passes reset derived values instead
@@ -178,18 +167,22 @@ struct Figure::Impl {
     return s.points[static_cast<std::size_t>(id.index)];
   }
 
-  // The PointId of a control point of this figure ({-1, -1} for another);
-  // the index is rebuilt after each change of structure.
+  // The PointId of a control point of this figure ({-1, -1} for another),
+  // by its id (each point of a figure takes its own from the figure's
+  // cache); the index is rebuilt after each change of structure.
   PointId IdOf(const SegmentCP* cp) const {
     if (ids.empty()) {
+      ids.assign(cache.nextId, PointId{-1, -1});
       for (std::size_t i = 0; i < splines.size(); ++i)
         for (std::size_t j = 0; j < splines[i].points.size(); ++j)
-          ids[splines[i].points[j]] = PointId{static_cast<int>(i), static_cast<int>(j)};
+          ids[splines[i].points[j]->id] = PointId{static_cast<int>(i), static_cast<int>(j)};
     }
-    const auto it = ids.find(cp);
-    return it != ids.end() ? it->second : PointId{-1, -1};
+    const PointId at = cp != nullptr && cp->id < ids.size() ? ids[cp->id] : PointId{-1, -1};
+    if (at.spline < 0 || splines[static_cast<std::size_t>(at.spline)].points[static_cast<std::size_t>(at.index)] != cp)
+      return PointId{-1, -1};
+    return at;
   }
-  mutable std::unordered_map<const SegmentCP*, PointId> ids;  // empty: to be rebuilt
+  mutable std::vector<PointId> ids;  // by point id; empty: to be rebuilt
 
   // Room in the muscle table for the point's id.
   void EnsureSlot(std::uint32_t id) {
@@ -334,7 +327,6 @@ struct Figure::Impl {
     for (const auto& [id, c] : order) ZeroDerived(c);
     Derive(order, readHooks, nullptr);
   }
-
 
   // Pass after the reset. With `lazyHeads` (marks by id), the heads it does
   // not mark hold their values already and keep their caches.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 #include "controlpoint/walks.h"
 #include "figure/shares.h"
@@ -40,9 +41,11 @@ std::vector<SegmentCP*> Seeds(SegmentCP* c) {
 // Which points the getters must do: hooks, the points in stacks with
 // muscle data, the points whose tangents read one of those (up to two
 // steps along the spline), and in muscle mode the carriers (their turn
-// places their runs). The others' values depend only on model positions,
-// their own deltas and the transforms, and asking for them changes no
-// other point; they are split into `parts` consecutive shares.
+// places their runs). Outside muscle mode the points only hooks reach are
+// computed directly once the getters have placed the hooks. The others'
+// values depend only on model positions, their own deltas and the
+// transforms, and asking for them changes no other point; they are split
+// into `parts` consecutive shares.
 void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   const std::vector<SegmentCP*>& flat = frame.flat;
   const std::size_t ids = frame.idCount;
@@ -50,18 +53,21 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   for (SegmentCP* c : flat)
     if (c->id < frame.cpData.size() && frame.cpData[c->id] != nullptr)
       for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = true;
-  auto special = [&muscleStack](const SegmentCP* x) {
-    return x != nullptr && (x->IsHook() || muscleStack[x->id] != 0);
+  auto hook = [](const SegmentCP* x) { return x != nullptr && x->IsHook(); };
+  auto muscleData = [&muscleStack](const SegmentCP* x) { return x != nullptr && muscleStack[x->id] != 0; };
+  auto near = [](const SegmentCP* c, auto is) {
+    return is(c) || is(c->prev) || is(c->next) || (c->prev != nullptr && is(c->prev->prev)) ||
+           (c->next != nullptr && is(c->next->next));
   };
   *this = WholeRefresh{};
   lazyById_.assign(ids, 0);
+  nearHookById_.assign(ids, 0);
   for (std::size_t k = 0; k < flat.size(); ++k) {
     SegmentCP* c = flat[k];
-    const bool reached = special(c) || special(c->prev) || special(c->next) ||
-                         (c->prev != nullptr && special(c->prev->prev)) ||
-                         (c->next != nullptr && special(c->next->next)) || (frame.muscle && c->IsHasHooks());
-    if (reached) {
+    const bool muscleNear = near(c, muscleData) || (frame.muscle && c->IsHasHooks());
+    if (muscleNear || near(c, hook)) {
       lazyById_[c->id] = true;
+      nearHookById_[c->id] = !frame.muscle && !muscleNear && !c->IsHook();
       lazy_.emplace_back(frame.ids[k], c);
     } else {
       plain_.push_back(k);
@@ -78,10 +84,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   for (std::size_t k = 0; k < n; ++k) {
     const std::size_t part = ShareOf(k, n, parts);
     SegmentCP* c = flat[plain_[k]];
-    SegmentCP* second = nullptr;
-    if (c->prev == nullptr && c->next != nullptr) second = c->next->next;
-    if (c->next == nullptr && c->prev != nullptr) second = c->prev->prev;
-    reads[k] = {c->head, c->prev, c->next, second};
+    reads[k] = {c->head, c->prev, c->next, OpenEndSecond(c)};
     for (SegmentCP*& x : reads[k]) {
       if (x == nullptr) continue;
       x = x->head;
@@ -111,6 +114,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   modelAt_.resize(heads_.size());
   MakeGroups(frame.hostEffects);
   Schedule(frame, parts);
+  ListLines();
   muscle_ = frame.muscle;
   parts_ = parts;
 }
@@ -137,13 +141,20 @@ void WholeRefresh::MakeGroups(bool hostEffects) {
   }
   std::vector<std::size_t> number(n, n);
   groups_.clear();
+  nearHooks_.clear();
   for (std::size_t k = 0; k < n; ++k) {
     const std::size_t r = find(k);
     if (number[r] == n) {
       number[r] = groups_.size();
       groups_.emplace_back();
+      nearHooks_.emplace_back();
     }
-    groups_[number[r]].push_back(lazy_[k]);
+    SegmentCP* c = lazy_[k].second;
+    if (nearHookById_[c->id] != 0) {
+      nearHooks_[number[r]].push_back(c);
+    } else {
+      groups_[number[r]].push_back(lazy_[k]);
+    }
   }
 }
 
@@ -165,8 +176,8 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
     std::size_t last = kNone;
     std::size_t part = kNone;
     bool split = false;
-    for (const auto& member : groups_[g])
-      for (SegmentCP* s : Seeds(member.second))
+    auto reads = [&](SegmentCP* member) {
+      for (SegmentCP* s : Seeds(member))
         NearStacks(s, [&](SegmentCP* m) {
           NearStacks(m, [&](SegmentCP* read) {
             const std::size_t k = plainById[read->id];
@@ -176,6 +187,9 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
             last = last == kNone ? k : std::max(last, k);
           });
         });
+    };
+    for (const auto& member : groups_[g]) reads(member.second);
+    for (SegmentCP* member : nearHooks_[g]) reads(member);
     if (last != kNone && !split) {
       after_[part].emplace_back(last, g);
     } else {
@@ -190,15 +204,51 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
   late_.assign(parts, {});
   std::size_t counted = 0;
   for (std::size_t g : late) {
-    OrderedPoints& to = late_[ShareOf(counted, total, parts)];
-    to.insert(to.end(), groups_[g].begin(), groups_[g].end());
+    late_[ShareOf(counted, total, parts)].push_back(g);
     counted += groups_[g].size();
   }
 }
 
+// The cache lines a group's getters read first: whole, its members, their
+// seeds and those heads; of their spline neighbours, the lines holding the
+// flags and the head (what a position getter checks).
+void WholeRefresh::ListLines() {
+  constexpr std::uintptr_t kLine = 64;
+  lines_.clear();
+  linesFrom_.assign(1, 0);
+  std::vector<const SegmentCP*> points;
+  for (std::size_t g = 0; g < groups_.size(); ++g) {
+    points.assign(nearHooks_[g].begin(), nearHooks_[g].end());
+    for (const auto& member : groups_[g])
+      for (SegmentCP* s : Seeds(member.second)) {
+        points.push_back(s);
+        points.push_back(s->head);
+      }
+    std::sort(points.begin(), points.end());
+    points.erase(std::unique(points.begin(), points.end()), points.end());
+    std::vector<std::uintptr_t> lines;
+    for (const SegmentCP* c : points) {
+      const auto from = reinterpret_cast<std::uintptr_t>(c);
+      const std::size_t size = c->IsHook() ? sizeof(HookSegmentCP) : sizeof(SegmentCP);
+      for (std::uintptr_t at = from & ~(kLine - 1); at < from + size; at += kLine) lines.push_back(at);
+      for (const SegmentCP* x : {c->prev, c->next})
+        if (x != nullptr)
+          for (const void* at : {static_cast<const void*>(&x->flags), static_cast<const void*>(&x->head)})
+            lines.push_back(reinterpret_cast<std::uintptr_t>(at) & ~(kLine - 1));
+    }
+    std::sort(lines.begin(), lines.end());
+    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+    for (std::uintptr_t at : lines) lines_.push_back(reinterpret_cast<const void*>(at));
+    linesFrom_.push_back(lines_.size());
+  }
+}
+
 RefreshPlanCounts WholeRefresh::Counts() const {
-  RefreshPlanCounts counts{plain_.size(), lazy_.size(), 0, shared_};
-  for (const OrderedPoints& points : late_) counts.late += points.size();
+  RefreshPlanCounts counts{plain_.size(), 0, 0, 0, shared_};
+  for (const auto& points : nearHooks_) counts.nearHooks += points.size();
+  counts.lazy = lazy_.size() - counts.nearHooks;
+  for (const auto& groups : late_)
+    for (std::size_t g : groups) counts.late += groups_[g].size() + nearHooks_[g].size();
   return counts;
 }
 
@@ -209,7 +259,8 @@ RefreshPlanCounts WholeRefresh::Counts() const {
 // and each group of points left to the getters goes through them right
 // after the last plain point it reads; (3) the other groups go through the
 // getters, whole groups to a thread, each in figure order, finding the
-// others' values cached.
+// others' values cached. A group's points near hooks are reset with it and
+// computed directly after it, from the hooks' placed positions.
 void WholeRefresh::Run(WholeFrame& frame, int threads) {
   const std::vector<SegmentCP*>& flat = frame.flat;
   const std::size_t parts = Shares(threads, flat.size(), 4096);
@@ -221,6 +272,26 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
     modelAt_[h] = heads_[h]->p;
     screenAt_[h] = TransformPoint(screen, modelAt_[h]);
   };
+  // A group's lines are fetched while the plain points or the groups before
+  // it run, so that its getters find them in cache.
+  constexpr std::size_t kAheadPlain = 16, kAheadGroups = 2;
+  auto fetch = [this](std::size_t g) {
+    for (std::size_t l = linesFrom_[g]; l < linesFrom_[g + 1]; ++l) __builtin_prefetch(lines_[l]);
+  };
+  auto group = [&](const OrderedPoints& getters, const std::vector<SegmentCP*>& nearHooks) {
+    for (SegmentCP* c : nearHooks) ZeroDerived(c);
+    frame.pass(getters, lazyById_);
+    for (SegmentCP* c : nearHooks) {
+      const SegmentCP* reads[4] = {c, c->prev, c->next, OpenEndSecond(c)};
+      Vector screenAt[4], modelAt[4];
+      for (int role = 0; role < 4; ++role) {
+        if (reads[role] == nullptr) continue;  // a slot the rule never reads
+        modelAt[role] = reads[role]->head->p;
+        screenAt[role] = TransformPoint(screen, modelAt[role]);
+      }
+      RefreshPlainPoint(c, PlainSlots{{0, 1, 2, 3}}, screenAt, modelAt, screen, inverse, false);
+    }
+  };
   OnThreads(parts, [&](std::size_t part) {
     for (std::size_t h = ShareBegin(shared_, part, parts); h < ShareBegin(shared_, part + 1, parts); ++h) position(h);
   });
@@ -228,7 +299,9 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
     const std::size_t start = ShareBegin(plain_.size(), part, parts);
     std::size_t h = start == 0 ? shared_ : headsUntil_[start - 1];
     auto after = after_[part].begin();
+    auto ahead = after;
     for (std::size_t k = start; k < ShareBegin(plain_.size(), part + 1, parts); ++k) {
+      for (; ahead != after_[part].end() && ahead->first <= k + kAheadPlain; ++ahead) fetch(ahead->second);
       for (; h < headsUntil_[k]; ++h) position(h);
       const std::size_t at = plain_[k];
       RefreshPlainPoint(flat[at], slots_[k], screenAt_.data(), modelAt_.data(), screen, inverse, muscle);
@@ -237,10 +310,19 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
         frame.musclePositions[static_cast<std::size_t>(id.spline)][static_cast<std::size_t>(id.index)] =
             modelAt_[slots_[k].head[0]];
       }
-      for (; after != after_[part].end() && after->first == k; ++after) frame.pass(groups_[after->second], lazyById_);
+      for (; after != after_[part].end() && after->first == k; ++after)
+        group(groups_[after->second], nearHooks_[after->second]);
     }
   });
-  OnThreads(parts, [&](std::size_t part) { frame.pass(late_[part], lazyById_); });
+  OnThreads(parts, [&](std::size_t part) {
+    const std::vector<std::size_t>& groups = late_[part];
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+      if (i == 0)
+        for (std::size_t j = 0; j < kAheadGroups && j < groups.size(); ++j) fetch(groups[j]);
+      if (i + kAheadGroups < groups.size()) fetch(groups[i + kAheadGroups]);
+      group(groups_[groups[i]], nearHooks_[groups[i]]);
+    }
+  });
 }
 
 }  // namespace splinecore::detail

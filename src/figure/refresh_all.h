@@ -2,7 +2,9 @@
 // The whole-frame refresh (internal): every derived value of a figure
 // recomputed in one ordered pass, with the bits of the getters' pass. The
 // points no hook and no muscle data can reach are computed directly
-// (RefreshPlainPoint), the others by the getters, in figure order.
+// (RefreshPlainPoint), outside muscle mode the points only hooks reach as
+// well once the getters have placed those hooks, the others by the getters,
+// in figure order.
 #ifndef SPLINECORE_SRC_FIGURE_REFRESH_ALL_H
 #define SPLINECORE_SRC_FIGURE_REFRESH_ALL_H
 
@@ -36,11 +38,13 @@ struct WholeFrame {
   std::function<void(const OrderedPoints&, const std::vector<unsigned char>& marks)> pass;
 };
 
-// How a plan shares out a figure's points: computed directly, left to the
-// getters, and of those the ones run after all the plain points; and the
-// heads computed before the plain points (read by more than one part).
+// How a plan shares out a figure's points: computed directly, computed
+// directly after the getters placed the hooks they read, left to the
+// getters, and of those two kinds the ones run after all the plain points;
+// and the heads computed before the plain points (read by more than one
+// part).
 struct RefreshPlanCounts {
-  std::size_t plain = 0, lazy = 0, late = 0, shared = 0;
+  std::size_t plain = 0, nearHooks = 0, lazy = 0, late = 0, shared = 0;
 };
 
 // The refresh's plan, kept while the structure, the mode and the number of
@@ -56,6 +60,7 @@ class WholeRefresh {
   void Make(const WholeFrame& frame, std::size_t parts);
   void MakeGroups(bool hostEffects);
   void Schedule(const WholeFrame& frame, std::size_t parts);
+  void ListLines();
 
   std::size_t parts_ = 0;  // none: no plan
   bool muscle_{};
@@ -77,14 +82,25 @@ class WholeRefresh {
   // The lazy points in groups: the lazy points one's getters may reach (its
   // stack, its spline neighbours up to two steps and their stacks, a hook's
   // far end's stack, and theirs in turn), each in figure order. Groups share
-  // no written state; with host effects there is one group.
+  // no written state; with host effects there is one group. Of each group,
+  // the points the getters compute, and the points near hooks computed
+  // directly after them (outside muscle mode: a hook's muscle placement is
+  // not its p).
+  std::vector<unsigned char> nearHookById_;
   std::vector<OrderedPoints> groups_;
+  std::vector<std::vector<SegmentCP*>> nearHooks_;
   // The groups run right after the last plain point they read, while it
   // is in cache: per part, (plain point, group) by plain point. The others
   // (reading plain points of more than one part, or none) run after the
-  // plain points, whole groups to a thread: per part, their points.
+  // plain points, whole groups to a thread: per part, the groups.
   std::vector<std::vector<std::pair<std::size_t, std::size_t>>> after_;
-  std::vector<OrderedPoints> late_;
+  std::vector<std::vector<std::size_t>> late_;
+  // The cache lines of the points each group's getters read first (its
+  // members, their seeds and those heads), fetched a few plain points
+  // before the group runs: group g's are lines_[linesFrom_[g] ..
+  // linesFrom_[g + 1]).
+  std::vector<const void*> lines_;
+  std::vector<std::size_t> linesFrom_;
 };
 
 // The plan of a figure's last RefreshAll, for the tests.

@@ -81,7 +81,8 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
 // The plan computes directly every point no hook and no muscle data reach,
 // and on one thread runs each group of the others right after the last plain
 // point it reads, and shares no head. Spline 0 = 0:0 .. 0:7 along x; spline 1 = a, h with the
-// hook h on 0:2's segment: h and a are the getters'. An offset on 0:6 gives
+// hook h on 0:2's segment: h is the getters', a is computed directly after
+// it outside muscle mode and by the getters in it. An offset on 0:6 gives
 // 0:4 .. 0:7 to the getters too (two steps either way); in muscle mode the
 // carrier 0:2 as well.
 TEST(RefreshAll, LeavesToTheGettersOnlyWhatHooksAndMuscleDataReach) {
@@ -96,13 +97,13 @@ TEST(RefreshAll, LeavesToTheGettersOnlyWhatHooksAndMuscleDataReach) {
     f.SetMuscleMode(muscle);
     f.RefreshAll(muscle ? Space::kMuscle : Space::kScreen);
     const detail::RefreshPlanCounts c = detail::FigureAccess::RefreshPlan(f);
-    return std::vector<std::size_t>{c.plain, c.lazy, c.late + c.shared};
+    return std::vector<std::size_t>{c.plain, c.nearHooks, c.lazy, c.late + c.shared};
   };
-  EXPECT_EQ(counts(false), (std::vector<std::size_t>{8, 2, 0}));
-  EXPECT_EQ(counts(true), (std::vector<std::size_t>{7, 3, 0}));
+  EXPECT_EQ(counts(false), (std::vector<std::size_t>{8, 1, 1, 0}));
+  EXPECT_EQ(counts(true), (std::vector<std::size_t>{7, 0, 3, 0}));
   f.AddMuscleOffset(PointId{0, 6}, Vector(0, 1, 0));
-  EXPECT_EQ(counts(false), (std::vector<std::size_t>{4, 6, 0}));
-  EXPECT_EQ(counts(true), (std::vector<std::size_t>{3, 7, 0}));
+  EXPECT_EQ(counts(false), (std::vector<std::size_t>{4, 1, 5, 0}));
+  EXPECT_EQ(counts(true), (std::vector<std::size_t>{3, 0, 7, 0}));
 }
 
 TEST(SplineLengths, AnyNumberOfThreadsGivesOneThreadsBits) {
