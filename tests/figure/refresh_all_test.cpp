@@ -104,6 +104,14 @@ TEST(RefreshAll, LeavesToTheGettersOnlyWhatHooksAndMuscleDataReach) {
   f.AddMuscleOffset(PointId{0, 6}, Vector(0, 1, 0));
   EXPECT_EQ(counts(false), (std::vector<std::size_t>{4, 1, 5, 0}));
   EXPECT_EQ(counts(true), (std::vector<std::size_t>{3, 0, 7, 0}));
+  // On two threads a straight spline of 8192 points splits between 0:4095
+  // and 0:4096, which both parts read: two shared heads, each taken once.
+  SplineDesc line;
+  for (int i = 0; i < 8192; ++i) line.points.push_back(PointDesc{Vector(static_cast<float>(i), 9, 0)});
+  Figure g;
+  g.AddSpline(line);
+  g.RefreshAll(Space::kScreen, 2);
+  EXPECT_EQ(detail::FigureAccess::RefreshPlan(g).shared, 2u);
 }
 
 TEST(SplineLengths, AnyNumberOfThreadsGivesOneThreadsBits) {

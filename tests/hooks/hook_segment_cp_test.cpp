@@ -14,7 +14,9 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   f.cache.nextId = 5;  // an id a fresh record would not have
   SegmentCP* before = f.NewCP(Vector(0, 0, 0));
   SegmentCP* point = f.NewCP(Vector(2, 1, 0), cpflag::smooth);
+  SegmentCP* below = f.NewCP(Vector(2, 1, 0));
   test::Link({before, point}, false);
+  test::TestFigure::Stack({point, below});
   point->indelta = Delta{10, 20, 1.5f};
   point->outdelta = Delta{-5, 0, 2};
   MuscleCPData* data = f.AddMuscleData(point);
@@ -22,6 +24,7 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   hook->cache = point->cache;  // the host stores it, as for any new point
   EXPECT_TRUE(hook->IsHook() && hook->IsSmooth());
   EXPECT_TRUE(hook->head == hook && hook->prev == before && hook->next == nullptr);  // in the point's place
+  EXPECT_TRUE(hook->stackPrev == nullptr && hook->stackNext == below);                // and in its stack
   test::ExpectVector(hook->Getp(), Vector(2, 1, 0));
   test::ExpectVector(hook->Getscreenp(), Vector(2, 1, 0));  // nothing cached yet
   EXPECT_EQ(hook->GetMuscleCPData(), data);  // found by the point's id
@@ -34,6 +37,7 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   delete hook;  // frees the muscle data of the shared id
   delete point;
   delete before;
+  delete below;
 }
 
 // A new point's model caches are stale until its first getter, whatever
