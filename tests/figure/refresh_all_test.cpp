@@ -112,6 +112,28 @@ TEST(RefreshAll, LeavesToTheGettersOnlyWhatHooksAndMuscleDataReach) {
   g.AddSpline(line);
   g.RefreshAll(Space::kScreen, 2);
   EXPECT_EQ(detail::FigureAccess::RefreshPlan(g).shared, 2u);
+  // A hook on 0:4095's segment reads points of both parts: its group, h with
+  // a, runs late; the plain points stay plain.
+  Figure k;
+  k.AddSpline(line);
+  k.AddSpline(hook);
+  k.AddHook(PointId{1, 1}, PointId{0, 4095});
+  k.RefreshAll(Space::kScreen, 2);
+  const detail::RefreshPlanCounts late = detail::FigureAccess::RefreshPlan(k);
+  EXPECT_EQ((std::vector<std::size_t>{late.plain, late.nearHooks, late.lazy, late.late}),
+            (std::vector<std::size_t>{8192, 1, 1, 2}));
+  // Heads are shared, not the stack members behind them: with a, b stacked
+  // over 0:4096 and 0:4097 (the parts now meet between 0:4096 and 0:4097 of
+  // 8194 points) part 0 reads a and b as 0:4096's head and next's head, part 1
+  // as 0:4097's prev's head and head; 0:4096 and 0:4097 themselves are read
+  // only through them.
+  Figure m;
+  m.AddSpline(line);
+  m.AddSpline(SplineDesc{{PointDesc{Vector(4096, 9, 0)}, PointDesc{Vector(4097, 9, 0)}}, false, ""});
+  m.Stack({PointId{1, 0}, PointId{0, 4096}});
+  m.Stack({PointId{1, 1}, PointId{0, 4097}});
+  m.RefreshAll(Space::kScreen, 2);
+  EXPECT_EQ(detail::FigureAccess::RefreshPlan(m).shared, 2u);
 }
 
 TEST(SplineLengths, AnyNumberOfThreadsGivesOneThreadsBits) {
