@@ -37,7 +37,7 @@ splinecore_subsystem(hooks USES controlpoint FILES
 
 splinecore_subsystem(convert USES controlpoint tangents FILES
   apply_delta.h convert.cpp hook_tangent.h
-  whole_refresh.h)
+  whole_refresh.cpp whole_refresh.h)
 
 splinecore_subsystem(groups USES controlpoint hooks FILES
   group_edit.cpp group_edit.h

@@ -4,13 +4,18 @@
 // written directly. Such a point's values depend only on model positions,
 // its own deltas and the screen transforms, and asking for them changes no
 // other point, so the order in which the getters would have asked does not
-// show. Each step writes only the point it is given.
+// show. Each step writes only the point it is given, except a run of hooks
+// outside muscle mode, placed and converted whole (RefreshPlacedRun).
 #ifndef SPLINECORE_SRC_CONVERT_WHOLE_REFRESH_H
 #define SPLINECORE_SRC_CONVERT_WHOLE_REFRESH_H
 
+#include <initializer_list>
+
+#include "controlpoint/walks.h"
 #include "convert/apply_delta.h"
 #include "splinecore/hooks.h"
 #include "splinecore/host.h"
+#include "tangents/hook_partners.h"
 #include "tangents/tangent_rule.h"
 
 namespace splinecore::detail {
@@ -97,6 +102,31 @@ struct PlainSlots {
   c->stamp = c->cache->generation;
   c->screenStamp = c->cache->screenGeneration;
 }
+
+// Whether RefreshPlacedRun may compute carrier's run: the carrier has a
+// next, each hook has both partners (its getters find a tangent for it) and
+// carries no run of its own, and `holds` says of the carrier, its next and
+// the partners (each with its head) that they hold their values.
+template <class Holds>
+bool PlacedRunReady(SegmentCP* carrier, Holds holds) {
+  auto ready = [&holds](SegmentCP* x) { return x != nullptr && holds(x); };
+  if (!ready(carrier) || !ready(carrier->next) || !ready(SecondHookPartnerForGetters(carrier))) return false;
+  SegmentCP* second = SecondHookPartnerForConvert(carrier);
+  if (second != nullptr && !ready(second)) return false;
+  for (SegmentCP* k : HookRun(carrier))
+    if (k->IsHasHooks() || !ready(FirstHookPartner(k, carrier))) return false;
+  return true;
+}
+
+// Every derived member of the hooks of carrier's run, outside muscle mode,
+// with the bits and flags the getters leave (a hook's placement, screen
+// position, tangents from its partners and screen handles) when the figure
+// holds no muscle data, no hook of another run and no point left to the
+// getters is read (the hooks' spline neighbours and their heads are no
+// hooks), and the carrier, its next, their heads and the run's partners hold
+// their values already. The hooks' spline neighbours get their screen
+// positions, as from the getters; nothing else is written.
+void RefreshPlacedRun(SegmentCP* carrier);
 
 }  // namespace splinecore::detail
 

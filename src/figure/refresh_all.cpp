@@ -50,9 +50,12 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   const std::vector<SegmentCP*>& flat = frame.flat;
   const std::size_t ids = frame.idCount;
   std::vector<unsigned char> muscleStack(ids, 0);
+  bool anyMuscleData = false;
   for (SegmentCP* c : flat)
-    if (c->id < frame.cpData.size() && frame.cpData[c->id] != nullptr)
+    if (c->id < frame.cpData.size() && frame.cpData[c->id] != nullptr) {
+      anyMuscleData = true;
       for (SegmentCP* m : StackMembers(c)) muscleStack[m->id] = true;
+    }
   auto hook = [](const SegmentCP* x) { return x != nullptr && x->IsHook(); };
   auto muscleData = [&muscleStack](const SegmentCP* x) { return x != nullptr && muscleStack[x->id] != 0; };
   auto near = [](const SegmentCP* c, auto is) {
@@ -113,6 +116,10 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   screenAt_.resize(heads_.size());
   modelAt_.resize(heads_.size());
   MakeGroups(frame.hostEffects);
+  runs_.assign(groups_.size(), {});
+  if (!frame.muscle && !anyMuscleData)
+    for (std::size_t g = 0; g < groups_.size(); ++g) runs_[g] = DirectRuns(groups_[g]);
+  SplitRuns();
   Schedule(frame, parts);
   ListLines();
   muscle_ = frame.muscle;
@@ -156,6 +163,76 @@ void WholeRefresh::MakeGroups(bool hostEffects) {
       groups_[number[r]].push_back(lazy_[k]);
     }
   }
+}
+
+// The carriers of the runs a group is made of, in figure order, when
+// RefreshPlacedRun may compute each: every member is a hook whose spline
+// neighbour and its head are no hooks, and what each run reads outside it
+// are plain points (none: the group goes to the getters).
+std::vector<SegmentCP*> WholeRefresh::DirectRuns(const OrderedPoints& group) const {
+  auto plain = [this](const SegmentCP* x) { return lazyById_[x->id] == 0 && lazyById_[x->head->id] == 0; };
+  std::vector<SegmentCP*> carriers;
+  std::size_t hooks = 0;
+  for (const auto& member : group) {
+    SegmentCP* h = member.second;
+    SegmentCP* neighbour = h->prev != nullptr ? h->prev : h->next;
+    SegmentCP* carrier = h->IsHook() ? FindCarrier(h) : nullptr;
+    if (carrier == nullptr || (neighbour != nullptr && (neighbour->IsHook() || neighbour->head->IsHook())))
+      return {};
+    if (std::find(carriers.begin(), carriers.end(), carrier) != carriers.end()) continue;
+    if (!PlacedRunReady(carrier, plain)) return {};
+    carriers.push_back(carrier);
+    for (SegmentCP* k : HookRun(carrier)) {
+      (void)k;
+      ++hooks;
+    }
+  }
+  if (hooks != group.size()) return {};
+  return carriers;
+}
+
+// A group of runs computed directly splits into a group per run when each
+// of its points near hooks reads hooks of one run at most (the runs then
+// share no written state: a run writes its hooks and the screen positions
+// of their spline neighbours), so that each runs once what it reads is
+// computed instead of after the whole group's reads.
+void WholeRefresh::SplitRuns() {
+  std::vector<OrderedPoints> groups;
+  std::vector<std::vector<SegmentCP*>> nearHooks, runs;
+  std::vector<std::size_t> runById(lazyById_.size());
+  for (std::size_t g = 0; g < groups_.size(); ++g) {
+    const std::vector<SegmentCP*>& carriers = runs_[g];
+    const std::size_t none = carriers.size();
+    for (std::size_t r = 0; r < carriers.size(); ++r)
+      for (SegmentCP* k : HookRun(carriers[r])) runById[k->id] = r;
+    std::vector<std::size_t> runOf(nearHooks_[g].size(), 0);
+    bool split = carriers.size() > 1;
+    for (std::size_t i = 0; split && i < nearHooks_[g].size(); ++i) {
+      SegmentCP* c = nearHooks_[g][i];
+      std::size_t found = none;
+      for (SegmentCP* x : {c->prev, c->next, OpenEndSecond(c)}) {
+        if (x == nullptr || !x->IsHook()) continue;
+        if (found != none && found != runById[x->id]) split = false;
+        found = runById[x->id];
+      }
+      runOf[i] = found == none ? 0 : found;
+    }
+    if (!split) {
+      groups.push_back(std::move(groups_[g]));
+      nearHooks.push_back(std::move(nearHooks_[g]));
+      runs.push_back(carriers);
+      continue;
+    }
+    const std::size_t first = groups.size();
+    groups.resize(first + carriers.size());
+    nearHooks.resize(first + carriers.size());
+    for (SegmentCP* carrier : carriers) runs.push_back({carrier});
+    for (const auto& member : groups_[g]) groups[first + runById[member.second->id]].push_back(member);
+    for (std::size_t i = 0; i < runOf.size(); ++i) nearHooks[first + runOf[i]].push_back(nearHooks_[g][i]);
+  }
+  groups_ = std::move(groups);
+  nearHooks_ = std::move(nearHooks);
+  runs_ = std::move(runs);
 }
 
 // What a group's getters read beyond what they write: the stacks within two
@@ -244,9 +321,11 @@ void WholeRefresh::ListLines() {
 }
 
 RefreshPlanCounts WholeRefresh::Counts() const {
-  RefreshPlanCounts counts{plain_.size(), 0, 0, 0, shared_};
+  RefreshPlanCounts counts{plain_.size(), 0, 0, 0, 0, shared_};
   for (const auto& points : nearHooks_) counts.nearHooks += points.size();
-  counts.lazy = lazy_.size() - counts.nearHooks;
+  for (std::size_t g = 0; g < groups_.size(); ++g)
+    if (!runs_[g].empty()) counts.runHooks += groups_[g].size();
+  counts.lazy = lazy_.size() - counts.nearHooks - counts.runHooks;
   for (const auto& groups : late_)
     for (std::size_t g : groups) counts.late += groups_[g].size() + nearHooks_[g].size();
   return counts;
@@ -278,9 +357,14 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
   auto fetch = [this](std::size_t g) {
     for (std::size_t l = linesFrom_[g]; l < linesFrom_[g + 1]; ++l) __builtin_prefetch(lines_[l]);
   };
-  auto group = [&](const OrderedPoints& getters, const std::vector<SegmentCP*>& nearHooks) {
+  auto group = [&](std::size_t g) {
+    const std::vector<SegmentCP*>& nearHooks = nearHooks_[g];
     for (SegmentCP* c : nearHooks) ZeroDerived(c);
-    frame.pass(getters, lazyById_);
+    if (!runs_[g].empty()) {
+      for (SegmentCP* carrier : runs_[g]) RefreshPlacedRun(carrier);
+    } else {
+      frame.pass(groups_[g], lazyById_);
+    }
     for (SegmentCP* c : nearHooks) {
       const SegmentCP* reads[4] = {c, c->prev, c->next, OpenEndSecond(c)};
       Vector screenAt[4], modelAt[4];
@@ -311,7 +395,7 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
             modelAt_[slots_[k].head[0]];
       }
       for (; after != after_[part].end() && after->first == k; ++after)
-        group(groups_[after->second], nearHooks_[after->second]);
+        group(after->second);
     }
   });
   OnThreads(parts, [&](std::size_t part) {
@@ -320,7 +404,7 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
       if (i == 0)
         for (std::size_t j = 0; j < kAheadGroups && j < groups.size(); ++j) fetch(groups[j]);
       if (i + kAheadGroups < groups.size()) fetch(groups[i + kAheadGroups]);
-      group(groups_[groups[i]], nearHooks_[groups[i]]);
+      group(groups[i]);
     }
   });
 }

@@ -3,8 +3,9 @@
 // recomputed in one ordered pass, with the bits of the getters' pass. The
 // points no hook and no muscle data can reach are computed directly
 // (RefreshPlainPoint), outside muscle mode the points only hooks reach as
-// well once the getters have placed those hooks, the others by the getters,
-// in figure order.
+// well once those hooks are placed, and with no muscle data the runs of
+// hooks whose partners are plain points (RefreshPlacedRun); the others by
+// the getters, in figure order.
 #ifndef SPLINECORE_SRC_FIGURE_REFRESH_ALL_H
 #define SPLINECORE_SRC_FIGURE_REFRESH_ALL_H
 
@@ -39,12 +40,12 @@ struct WholeFrame {
 };
 
 // How a plan shares out a figure's points: computed directly, computed
-// directly after the getters placed the hooks they read, left to the
-// getters, and of those two kinds the ones run after all the plain points;
-// and the heads computed before the plain points (read by more than one
-// part).
+// directly after the hooks they read were placed, left to the getters,
+// hooks placed and converted directly (whole runs), and of the last three
+// kinds the ones run after all the plain points; and the heads computed
+// before the plain points (read by more than one part).
 struct RefreshPlanCounts {
-  std::size_t plain = 0, nearHooks = 0, lazy = 0, late = 0, shared = 0;
+  std::size_t plain = 0, nearHooks = 0, lazy = 0, runHooks = 0, late = 0, shared = 0;
 };
 
 // The refresh's plan, kept while the structure, the mode and the number of
@@ -59,6 +60,8 @@ class WholeRefresh {
  private:
   void Make(const WholeFrame& frame, std::size_t parts);
   void MakeGroups(bool hostEffects);
+  std::vector<SegmentCP*> DirectRuns(const OrderedPoints& group) const;
+  void SplitRuns();
   void Schedule(const WholeFrame& frame, std::size_t parts);
   void ListLines();
 
@@ -89,6 +92,9 @@ class WholeRefresh {
   std::vector<unsigned char> nearHookById_;
   std::vector<OrderedPoints> groups_;
   std::vector<std::vector<SegmentCP*>> nearHooks_;
+  // Per group, the carriers of the runs it is made of when RefreshPlacedRun
+  // computes them instead of the getters (none: the getters).
+  std::vector<std::vector<SegmentCP*>> runs_;
   // The groups run right after the last plain point they read, while it
   // is in cache: per part, (plain point, group) by plain point. The others
   // (reading plain points of more than one part, or none) run after the

@@ -57,6 +57,16 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
   std::vector<FigureDescription> figures = SharedFigures();
   ASSERT_GE(figures.size(), 4u);
   figures.push_back(Grid());
+  // No muscle data: the runs are placed whole, a group per run, except
+  // where a point reads hooks of two runs (a spline hung by both ends).
+  FigureDescription plainGrid = bench::GridDescription(46);
+  SplineDesc bridge{{PointDesc{}, PointDesc{Vector(10, 3.5f, 0)}, PointDesc{}}, false, ""};
+  bridge.points[0].hook = true;
+  bridge.points[2].hook = true;
+  plainGrid.hooks.push_back(HookDesc{PointId{static_cast<int>(plainGrid.splines.size()), 0}, PointId{3, 7}});
+  plainGrid.hooks.push_back(HookDesc{PointId{static_cast<int>(plainGrid.splines.size()), 2}, PointId{3, 12}});
+  plainGrid.splines.push_back(bridge);
+  figures.push_back(plainGrid);
   for (std::size_t k = 0; k < figures.size(); ++k) {
     Figure eager(figures[k]), lazy(figures[k]);
     for (int step = 0; step < 5; ++step) {
@@ -97,13 +107,27 @@ TEST(RefreshAll, LeavesToTheGettersOnlyWhatHooksAndMuscleDataReach) {
     f.SetMuscleMode(muscle);
     f.RefreshAll(muscle ? Space::kMuscle : Space::kScreen);
     const detail::RefreshPlanCounts c = detail::FigureAccess::RefreshPlan(f);
-    return std::vector<std::size_t>{c.plain, c.nearHooks, c.lazy, c.late + c.shared};
+    return std::vector<std::size_t>{c.plain, c.nearHooks, c.lazy, c.runHooks, c.late + c.shared};
   };
-  EXPECT_EQ(counts(false), (std::vector<std::size_t>{8, 1, 1, 0}));
-  EXPECT_EQ(counts(true), (std::vector<std::size_t>{7, 0, 3, 0}));
+  // h has no partners: its getters give it no tangent.
+  EXPECT_EQ(counts(false), (std::vector<std::size_t>{8, 1, 1, 0, 0}));
+  EXPECT_EQ(counts(true), (std::vector<std::size_t>{7, 0, 3, 0, 0}));
   f.AddMuscleOffset(PointId{0, 6}, Vector(0, 1, 0));
-  EXPECT_EQ(counts(false), (std::vector<std::size_t>{4, 1, 5, 0}));
-  EXPECT_EQ(counts(true), (std::vector<std::size_t>{3, 0, 7, 0}));
+  EXPECT_EQ(counts(false), (std::vector<std::size_t>{4, 1, 5, 0, 0}));
+  EXPECT_EQ(counts(true), (std::vector<std::size_t>{3, 0, 7, 0, 0}));
+  // With partners, a spline b stacked under 0:2 and 0:3, and no muscle data,
+  // h's run is placed and converted without the getters; b is plain.
+  Figure p;
+  p.AddSpline(rail);
+  p.AddSpline(hook);
+  p.AddSpline(SplineDesc{{PointDesc{Vector(2, 0, 0)}, PointDesc{Vector(3, 0, 0)}}, false, ""});
+  p.Stack({PointId{0, 2}, PointId{2, 0}});
+  p.Stack({PointId{0, 3}, PointId{2, 1}});
+  p.AddHook(PointId{1, 1}, PointId{0, 2});
+  p.RefreshAll(Space::kScreen);
+  const detail::RefreshPlanCounts run = detail::FigureAccess::RefreshPlan(p);
+  EXPECT_EQ((std::vector<std::size_t>{run.plain, run.nearHooks, run.lazy, run.runHooks}),
+            (std::vector<std::size_t>{10, 1, 0, 1}));
   // On two threads a straight spline of 8192 points splits between 0:4095
   // and 0:4096, which both parts read: two shared heads, each taken once.
   SplineDesc line;
