@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "figure_members.h"
 #include "fuzz_input.h"
 #include "marrow/marrow.h"
 #include "splinecore/figure.h"
@@ -204,9 +205,16 @@ class Session {
         break;
       }
       default: {
-        // The whole figure rebuilt from its description answers alike.
-        Figure copy(f_.Describe());
+        // The whole figure rebuilt from its description answers alike, and
+        // RefreshAll leaves every member as the lazy queries do.
+        const FigureDescription d = f_.Describe();
+        Figure copy(d);
         if (Fingerprint(copy) != Fingerprint(f_)) Fail("Figure(Describe()) describes another figure");
+        if (copy.SplineCount() == 0) break;
+        Figure eager(d);
+        eager.RefreshAll(eager.MuscleMode() ? Space::kMuscle : Space::kScreen);
+        copy.SplineLengths();
+        if (test::Members(eager) != test::Members(copy)) Fail("RefreshAll left other bits than the lazy queries");
       }
     }
   }

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "figure_members.h"
 #include "splinecore/figure.h"
 #include "splinecore/figure_file.h"
 #include "splinecore/hooks.h"
@@ -89,67 +90,6 @@ inline std::vector<std::uint32_t> Answers(Figure& f, std::string* svg = nullptr)
   std::vector<std::uint32_t> bits(out.size());
   std::memcpy(bits.data(), out.data(), out.size() * sizeof(float));
   return bits;
-}
-
-// Every member the library derives or keeps, as bits, point by point.
-inline std::vector<std::uint32_t> Members(Figure& f) {
-  std::vector<std::uint32_t> out;
-  // Around points with muscle data two flags tell which getter came first,
-  // not what is current: Getp clears `converted` whenever it is asked (the
-  // stack converts again before any tangent is read), and a head's
-  // `muscleDeltaCached` stays as its first muscle getter left it (its
-  // position getter answers from its cache before the deltas).
-  const std::uint32_t unread =
-      f.Describe().muscleEffects.empty() ? 0 : cpflag::converted | cpflag::muscleDeltaCached;
-  auto put = [&](const void* data, std::size_t bytes) {
-    const std::size_t at = out.size();
-    out.resize(at + bytes / 4);
-    std::memcpy(&out[at], data, bytes);
-  };
-  for (int s = 0; s < f.SplineCount(); ++s) {
-    for (int i = 0; i < f.PointCount(s); ++i) {
-      SegmentCP* c = f.ControlPoint(PointId{s, i});
-      for (const Vector* v : {&c->p, &c->it, &c->ot, &c->screenp, &c->screenit, &c->screenot, &c->mit, &c->mot})
-        put(v, sizeof *v);
-      out.push_back(c->flags & ~unread);
-      out.push_back(c->stamp * 256u + c->screenStamp);
-      if (c->IsHook()) {
-        auto* h = static_cast<HookSegmentCP*>(c);
-        for (const Vector* v : {&h->hit, &h->hot, &h->pit, &h->pot, &h->mhit, &h->mhot, &h->mpit, &h->mpot})
-          put(v, sizeof *v);
-      }
-      if (f.MuscleMode()) {
-        const Vector m = f.Position(PointId{s, i}, Space::kMuscle);
-        put(&m, sizeof m);
-      }
-    }
-  }
-  return out;
-}
-
-// The first word where two dumps differ (their size when none does).
-inline std::size_t FirstDifference(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b) {
-  std::size_t i = 0;
-  while (i < a.size() && i < b.size() && a[i] == b[i]) ++i;
-  return i == a.size() && i == b.size() ? a.size() : i;
-}
-
-// Every raw getter of every point.
-inline void AskRawGetters(Figure& f) {
-  for (int s = 0; s < f.SplineCount(); ++s)
-    for (int i = 0; i < f.PointCount(s); ++i) {
-      SegmentCP* c = f.ControlPoint(PointId{s, i});
-      c->Getp();
-      c->Getscreenp();
-      c->Getit();
-      c->Getot();
-      c->Getscreenit();
-      c->Getscreenot();
-      if (f.MuscleMode()) {
-        c->Getmit();
-        c->Getmot();
-      }
-    }
 }
 
 }  // namespace splinecore::test
