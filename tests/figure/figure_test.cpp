@@ -62,6 +62,8 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { f.AddHook(PointId{2, 1}, PointId{0, 0}); }, "already hangs");
   refused([&] { f.AddSpline(rail); }, "the spline name 'rail' is taken");
   refused([&] { f.AddSpline(SplineDesc{}); }, "point 3:0: a spline needs at least one point");
+  refused([&] { f.AddSpline(SplineDesc{{PointDesc{Vector(0, NAN, 0)}, PointDesc{}}, false, ""}); },
+          "point 3:0: values must be finite");
   // The point is checked before the value.
   refused([&] { f.AddMuscleOffset(PointId{0, 9}, Vector(NAN, 0, 0)); }, "point 0:9: no such point");
   refused([&] { f.AddMuscleEffect(PointId{7, 0}, nullptr); }, "point 7:0: no such spline");

@@ -15,7 +15,8 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   SegmentCP* before = f.NewCP(Vector(0, 0, 0));
   SegmentCP* point = f.NewCP(Vector(2, 1, 0), cpflag::smooth);
   SegmentCP* below = f.NewCP(Vector(2, 1, 0));
-  test::Link({before, point}, false);
+  SegmentCP* after = f.NewCP(Vector(4, 0, 0));
+  test::Link({before, point, after}, false);
   test::TestFigure::Stack({point, below});
   point->indelta = Delta{10, 20, 1.5f};
   point->outdelta = Delta{-5, 0, 2};
@@ -23,7 +24,7 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   auto* hook = new HookSegmentCP(point, 0.25f);
   hook->cache = point->cache;  // the host stores it, as for any new point
   EXPECT_TRUE(hook->IsHook() && hook->IsSmooth());
-  EXPECT_TRUE(hook->head == hook && hook->prev == before && hook->next == nullptr);  // in the point's place
+  EXPECT_TRUE(hook->head == hook && hook->prev == before && hook->next == after);  // in the point's place
   EXPECT_TRUE(hook->stackPrev == nullptr && hook->stackNext == below);                // and in its stack
   test::ExpectVector(hook->Getp(), Vector(2, 1, 0));
   test::ExpectVector(hook->Getscreenp(), Vector(2, 1, 0));  // nothing cached yet
@@ -38,6 +39,7 @@ TEST(HookFromPoint, AnswersAsThePointUntilItHangs) {
   delete point;
   delete before;
   delete below;
+  delete after;
 }
 
 // A new point's model caches are stale until its first getter, whatever
