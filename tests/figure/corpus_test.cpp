@@ -130,6 +130,11 @@ TEST_P(CorpusFigure, DescriptionsAndReversalsKeepTheBits) {
     for (int i = 0; i < n; ++i) before.push_back(r.Position(PointId{s, i}, Space::kModel));
     r.Reverse(s);
     EXPECT_TRUE(r.Validate().empty());
+    // Its records are those of the figure built from its description.
+    Figure fresh(r.Describe());
+    fresh.SplineLengths();
+    r.SplineLengths();
+    EXPECT_EQ(test::Members(r), test::Members(fresh)) << "spline " << s;
     if (HandsRunToHook(d, s)) continue;  // that run stays, and a second reversal moves it on
     if (!r.IsClosed(s)) {
       for (int i = 0; i < n; ++i) EXPECT_TRUE(Same(r.Position(PointId{s, n - 1 - i}, Space::kModel), before[i]));

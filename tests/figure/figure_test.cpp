@@ -143,6 +143,7 @@ TEST(Figure, HostEffectsMoveTheirPointInMuscleModeAndTravelWithTheDescription) {
   EXPECT_EQ(f.AddSpline(named), 1);
   EXPECT_EQ(f.FindSpline("rail"), 1);
   EXPECT_EQ(f.FindSpline("post"), -1);
+  EXPECT_EQ(f.FindSpline(""), -1);  // unnamed splines are not found by name
   EXPECT_THROW(f.AddSpline(named), FigureError);  // the name is taken
   const auto lift = std::make_shared<LiftEffect>();
   EXPECT_THROW(f.AddMuscleEffect(PointId{1, 1}, nullptr), FigureError);
