@@ -5,18 +5,6 @@
 
 namespace splinecore::detail {
 
-namespace {
-
-// The screen image of a hook's position plus tangent * third, as its
-// screen handle getter forms it.
-Vector ScreenHandlePoint(const Matrix& screen, const Vector& tangent, float third, const Vector& at) {
-  Vector handle = tangent * third;
-  handle += at;
-  return TransformPoint(screen, handle);
-}
-
-}  // namespace
-
 // The getters' steps without their checks and refreshes of what already
 // holds its values: each hook's screen position marked first, so that
 // HookRange places the run once; then each hook's conversion.

@@ -49,6 +49,14 @@ inline SegmentCP* OpenEndSecond(const SegmentCP* c) {
   return nullptr;
 }
 
+// The screen image of a handle point: position plus tangent * third (each
+// rounded), as the screen handle getters form it.
+inline Vector ScreenHandlePoint(const Matrix& screen, const Vector& tangent, float third, const Vector& at) {
+  Vector handle = tangent * third;
+  handle += at;
+  return TransformPoint(screen, handle);
+}
+
 // Where RefreshPlainPoint reads positions: per point, the slots of the
 // heads of c, prev, next and the second neighbour an open end reads (slot
 // order as TangentRule's roles), in the arrays of the heads' screen and
@@ -80,8 +88,8 @@ struct PlainSlots {
   const Vector at = modelAt[slots.head[0]];
   c->it = it;
   c->ot = ot;
-  c->screenit = TransformPoint(screen, it * kHandleInThird + at);
-  c->screenot = TransformPoint(screen, ot * kHandleOutThird + at);
+  c->screenit = ScreenHandlePoint(screen, it, kHandleInThird, at);
+  c->screenot = ScreenHandlePoint(screen, ot, kHandleOutThird, at);
   std::uint32_t flags = (c->flags & ~kDerivedFlags) | cpflag::itCached | cpflag::otCached | cpflag::converted |
                         cpflag::screenitCached | cpflag::screenotCached;
   if (isHead) flags |= cpflag::screenpCached;
