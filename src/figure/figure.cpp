@@ -654,12 +654,10 @@ void Figure::SetHookS(PointId hook, float s) {
   if (!h->IsHook()) Fail(hook, "not a hook");
   if (!std::isfinite(s)) Fail(hook, "s must be finite");
   static_cast<HookSegmentCP*>(h)->SetS(detail::SnapS(s));
-  // The run is placed together: every hook of it may move.
-  if (SegmentCP* carrier = FindCarrier(h)) {
+  // The run is placed together: every hook of it may move. An unhung hook
+  // has nothing derived (queries refuse the figure until AddHook).
+  if (SegmentCP* carrier = FindCarrier(h))
     for (SegmentCP* k : HookRun(carrier)) impl_->Moved(k);
-  } else {
-    impl_->Touched();
-  }
 }
 
 void Figure::Reverse(int spline) {

@@ -147,8 +147,6 @@ void WholeRefresh::MakeGroups(bool hostEffects) {
       });
   }
   std::vector<std::size_t> number(n, n);
-  groups_.clear();
-  nearHooks_.clear();
   for (std::size_t k = 0; k < n; ++k) {
     const std::size_t r = find(k);
     if (number[r] == n) {

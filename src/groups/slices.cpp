@@ -94,7 +94,6 @@ void HangRun(const Run& run, SegmentCP* x) {
   if (x->stackNext != nullptr) x->stackNext->stackPrev = run.bottom;
   x->stackNext = run.top;
   run.top->stackPrev = x;
-  x->OnHasHooks();
   x->SetHead();
 }
 
