@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -57,6 +58,7 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { f.AddHook(PointId{0, 0}, PointId{0, 1}); }, "point 0:0: not a hook");
   refused([&] { f.AddHook(PointId{0, 0}, PointId{1, 0}); }, "point 0:0: not a hook");
   refused([&] { f.Move(PointId{0, 0}, Vector(NAN, 0, 0)); }, "must be finite");
+  refused([&] { f.SetDeltas(PointId{0, 0}, Delta{}, Delta{NAN, 0, 1}); }, "point 0:0: deltas must be finite");
   refused([&] { f.Delete(PointId{1, 0}); f.Delete(PointId{1, 0}); }, "the only point of a spline");
   refused([&] { f.Delete(PointId{0, 0}); }, "carries hooks");
   refused([&] { f.AddHook(PointId{2, 1}, PointId{0, 0}); }, "already hangs");
@@ -218,6 +220,23 @@ TEST(Figure, HostEffectsAnswerByThePointsCurrentId) {
   EXPECT_EQ(g.Position(PointId{0, 1}, Space::kModel), Vector(4, 2, 0));
   g.Reverse(0);
   EXPECT_EQ(g.Position(PointId{0, 0}, Space::kModel), Vector(4, 1, 0));
+}
+
+// Out of memory for a point's first effect (its muscle data block, then the
+// effect's block): bad_alloc, no block kept, the next offset its only effect.
+TEST(Figure, AFailedAllocationKeepsNoBlock) {
+  Figure f;
+  f.AddSpline(Line({{0, 0, 0}, {2, 0, 0}}));
+  const long live = MarrowLiveBlocks();
+  for (long succeeding : {0L, 1L}) {
+    MarrowFailAfter(succeeding);
+    EXPECT_THROW(f.AddMuscleOffset(PointId{0, 1}, Vector(0.5f, 0, 0)), std::bad_alloc);
+    MarrowFailAfter(-1);
+    EXPECT_EQ(MarrowLiveBlocks(), live) << succeeding;
+  }
+  f.AddMuscleOffset(PointId{0, 1}, Vector(0.5f, 0, 0));
+  f.SetMuscleMode(true);
+  EXPECT_EQ(f.Position(PointId{0, 1}, Space::kModel), Vector(2.5f, 0, 0));
 }
 
 TEST(Figure, ScreenWithoutInverseIsInvertedOrRefused) {

@@ -57,14 +57,14 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
   std::vector<FigureDescription> figures = SharedFigures();
   ASSERT_GE(figures.size(), 4u);
   figures.push_back(Grid());
-  // No muscle data: the runs are placed whole, a group per run, except
-  // where a point reads hooks of two runs (a spline hung by both ends).
+  // No muscle data: a group per run, except where a point reads hooks of two
+  // runs (a spline hung by both ends, far from other hooks: its group's first).
   FigureDescription plainGrid = bench::GridDescription(46);
   SplineDesc bridge{{PointDesc{}, PointDesc{Vector(10, 3.5f, 0)}, PointDesc{}}, false, ""};
   bridge.points[0].hook = true;
   bridge.points[2].hook = true;
-  plainGrid.hooks.push_back(HookDesc{PointId{static_cast<int>(plainGrid.splines.size()), 0}, PointId{3, 7}});
-  plainGrid.hooks.push_back(HookDesc{PointId{static_cast<int>(plainGrid.splines.size()), 2}, PointId{3, 12}});
+  plainGrid.hooks.push_back(HookDesc{PointId{static_cast<int>(plainGrid.splines.size()), 0}, PointId{3, 1}});
+  plainGrid.hooks.push_back(HookDesc{PointId{static_cast<int>(plainGrid.splines.size()), 2}, PointId{3, 10}});
   plainGrid.splines.push_back(bridge);
   figures.push_back(plainGrid);
   for (std::size_t k = 0; k < figures.size(); ++k) {
