@@ -41,7 +41,7 @@ inline constexpr Delta kNoTurn{0.0f, 0.0f, 1.0f};
 /// One control point of a spline as the host describes it. A hook's `at` is
 /// ignored: its placement on the carrier's segment gives its position.
 struct PointDesc {
-  Vector at{0, 0, 0};  ///< model-space position
+  Vector at{0, 0, 0};  ///< model-space position; a hook's is ignored (Describe gives 0, 0, 0)
   bool smooth = true;  ///< false: a peak
   Delta in = kNoTurn;   ///< turn and scale of the in-tangent
   Delta out = kNoTurn;  ///< turn and scale of the out-tangent

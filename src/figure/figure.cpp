@@ -46,6 +46,7 @@ namespace {
 constexpr Matrix kIdentity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
 constexpr float kInThird = -0.3333333432674408f;
 constexpr float kOutThird = 0.3333333432674408f;
+constexpr PointId kNoPoint{-1, -1};
 
 class OffsetEffect final : public MuscleEffect {
  public:
@@ -167,19 +168,19 @@ struct Figure::Impl {
     return s.points[static_cast<std::size_t>(id.index)];
   }
 
-  // The PointId of a control point of this figure ({-1, -1} for another),
+  // The PointId of a control point of this figure (kNoPoint for another),
   // by its id (each point of a figure takes its own from the figure's
   // cache); the index is rebuilt after each change of structure.
   PointId IdOf(const SegmentCP* cp) const {
     if (ids.empty()) {
-      ids.assign(cache.nextId, PointId{-1, -1});
+      ids.assign(cache.nextId, kNoPoint);
       for (std::size_t i = 0; i < splines.size(); ++i)
         for (std::size_t j = 0; j < splines[i].points.size(); ++j)
           ids[splines[i].points[j]->id] = PointId{static_cast<int>(i), static_cast<int>(j)};
     }
-    const PointId at = cp != nullptr && cp->id < ids.size() ? ids[cp->id] : PointId{-1, -1};
+    const PointId at = cp != nullptr && cp->id < ids.size() ? ids[cp->id] : kNoPoint;
     if (at.spline < 0 || splines[static_cast<std::size_t>(at.spline)].points[static_cast<std::size_t>(at.index)] != cp)
-      return PointId{-1, -1};
+      return kNoPoint;
     return at;
   }
   mutable std::vector<PointId> ids;  // by point id; empty: to be rebuilt
@@ -899,7 +900,7 @@ std::vector<PointOnSpline> Figure::PointsAtLengths(int spline, const std::vector
     std::vector<float> measured(walk.size());
     detail::CurveLengths(walk.data(), walk.size(), measured.data());
     float walked = 0.0f;
-    double passed = -1.0;
+    double passed = 0.0;  // every sum is at least 0
     for (std::size_t i = 0; i < walk.size(); ++i) {
       const float before = walked;
       const double reached = static_cast<double>(walked) + measured[i];
@@ -1004,7 +1005,7 @@ FigureDescription Figure::Describe() const {
     sd.name = s.name;
     for (SegmentCP* c : s.points) {
       PointDesc p;
-      p.at = c->IsHook() ? Vector(0, 0, 0) : c->p;
+      if (!c->IsHook()) p.at = c->p;  // a hook's stays (0, 0, 0)
       p.smooth = c->IsSmooth() != 0;
       p.in = c->indelta;
       p.out = c->outdelta;

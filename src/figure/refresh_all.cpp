@@ -95,7 +95,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
       if (firstPart[x->id] != part) sharedById[x->id] = true;
     }
   }
-  std::vector<std::uint32_t> slotById(ids, 0);
+  std::vector<std::uint32_t> slotById(ids);  // a head no point reads keeps 0
   auto take = [&](SegmentCP* h) {
     slotById[h->id] = static_cast<std::uint32_t>(heads_.size());
     heads_.push_back(h);
@@ -299,8 +299,6 @@ void WholeRefresh::ListLines() {
         points.push_back(s);
         points.push_back(s->head);
       }
-    std::sort(points.begin(), points.end());
-    points.erase(std::unique(points.begin(), points.end()), points.end());
     std::vector<std::uintptr_t> lines;
     for (const SegmentCP* c : points) {
       const auto from = reinterpret_cast<std::uintptr_t>(c);

@@ -116,6 +116,8 @@ TEST_P(CorpusFigure, DescriptionsAndReversalsKeepTheBits) {
   const std::vector<std::uint32_t> answers = test::Answers(f, &svg);
   // Written and read back, and rebuilt from its own description after queries.
   EXPECT_EQ(WriteFigureFile(ReadFigureFile(text)), text);
+  for (const SplineDesc& s : f.Describe().splines)  // placed hooks are described at the origin
+    for (const PointDesc& p : s.points) EXPECT_TRUE(!p.hook || Same(p.at, Vector(0, 0, 0)));
   Figure again(f.Describe());
   std::string svgAgain;
   EXPECT_EQ(test::Answers(again, &svgAgain), answers);
