@@ -995,6 +995,7 @@ std::string Figure::SvgPath(int spline, Space space) {
 std::vector<std::string> Figure::Validate() { return impl_->ValidateAll(); }
 
 detail::RefreshPlanCounts detail::FigureAccess::RefreshPlan(const Figure& f) { return f.impl_->plan.Counts(); }
+const detail::WholeRefresh& detail::FigureAccess::Plan(const Figure& f) { return f.impl_->plan; }
 
 FigureDescription Figure::Describe() const {
   const Impl& m = *impl_;

@@ -56,6 +56,13 @@ class WholeRefresh {
   // Every derived value of the frame's figure, on up to `threads` threads.
   void Run(WholeFrame& frame, int threads);
   RefreshPlanCounts Counts() const;
+  // Per group, the points it computes and its points near hooks, and the
+  // cache lines fetched before it runs: lines()[linesFrom()[g] ..
+  // linesFrom()[g + 1]).
+  const std::vector<OrderedPoints>& groups() const { return groups_; }
+  const std::vector<std::vector<SegmentCP*>>& nearHooks() const { return nearHooks_; }
+  const std::vector<const void*>& lines() const { return lines_; }
+  const std::vector<std::size_t>& linesFrom() const { return linesFrom_; }
 
  private:
   void Make(const WholeFrame& frame, std::size_t parts);
@@ -112,6 +119,7 @@ class WholeRefresh {
 // The plan of a figure's last RefreshAll, for the tests.
 struct FigureAccess {
   static RefreshPlanCounts RefreshPlan(const Figure& f);
+  static const WholeRefresh& Plan(const Figure& f);
 };
 
 }  // namespace splinecore::detail

@@ -11,6 +11,7 @@
 #include <random>
 #include <vector>
 
+#include "controlpoint/walks.h"
 #include "figure/refresh_all.h"
 #include "figure_corpus.h"
 #include "grid_figure.h"
@@ -44,6 +45,40 @@ void Edit(Figure& f, int step) {
 // The benchmarks' grid at n = 46 (over 4096 points, enough to be split
 // across threads) with some peaks and muscle offsets: points far from any
 // hook or muscle data beside points next to them.
+// The lines a group's getters find fetched: ascending whole cache lines
+// holding its points, for a hook also its carrier's and the next point's
+// stacks, the heads of all these, and of their spline neighbours the flags
+// and the head.
+void ExpectFetchedLinesCover(const Figure& f) {
+  const detail::WholeRefresh& plan = detail::FigureAccess::Plan(f);
+  for (std::size_t g = 0; g < plan.groups().size(); ++g) {
+    std::vector<std::uintptr_t> lines;
+    for (std::size_t l = plan.linesFrom()[g]; l < plan.linesFrom()[g + 1]; ++l)
+      lines.push_back(reinterpret_cast<std::uintptr_t>(plan.lines()[l]));
+    auto holds = [&lines](const void* from, std::size_t size) {
+      const auto at = reinterpret_cast<std::uintptr_t>(from);
+      for (std::uintptr_t line = at & ~std::uintptr_t{63}; line < at + size; line += 64)
+        if (!std::binary_search(lines.begin(), lines.end(), line)) return false;
+      return true;
+    };
+    std::vector<SegmentCP*> points = plan.nearHooks()[g];
+    for (const auto& member : plan.groups()[g]) {
+      points.push_back(member.second);
+      if (SegmentCP* carrier = member.second->IsHook() ? detail::FindCarrier(member.second) : nullptr)
+        for (SegmentCP* x : {carrier, carrier->next})
+          for (SegmentCP* m : detail::StackMembers(x)) points.push_back(m);
+    }
+    for (SegmentCP* c : points)
+      for (SegmentCP* x : {c, c->head}) {
+        EXPECT_TRUE(holds(x, x->IsHook() ? sizeof(HookSegmentCP) : sizeof(SegmentCP))) << "group " << g;
+        for (SegmentCP* n : {x->prev, x->next})
+          EXPECT_TRUE(n == nullptr || (holds(&n->flags, 1) && holds(&n->head, 1))) << "group " << g;
+      }
+    for (std::size_t i = 0; i < lines.size(); ++i)
+      EXPECT_TRUE(lines[i] % 64 == 0 && (i == 0 || lines[i - 1] < lines[i])) << "group " << g;
+  }
+}
+
 FigureDescription Grid() {
   FigureDescription d = bench::GridDescription(46);
   for (int k = 1; k < 4; ++k) {
@@ -76,6 +111,7 @@ TEST(RefreshAll, LeavesTheLazyPathsBitsAndTheGettersOnlyRead) {
       }
       // Any number of threads gives the same bits.
       eager.RefreshAll(eager.MuscleMode() ? Space::kMuscle : Space::kScreen, step == 1 ? 3 : step == 2 ? 2 : 1);
+      ExpectFetchedLinesCover(eager);
       const std::vector<std::uint32_t> refreshed = Members(eager);
       AskRawGetters(eager);
       EXPECT_EQ(FirstDifference(Members(eager), refreshed), refreshed.size()) << "figure " << k << ", step " << step;
