@@ -203,8 +203,8 @@ void WholeRefresh::SplitRuns() {
     const std::size_t none = carriers.size();
     for (std::size_t r = 0; r < carriers.size(); ++r)
       for (SegmentCP* k : HookRun(carriers[r])) runById[k->id] = r;
-    std::vector<std::size_t> runOf(nearHooks_[g].size(), 0);
-    bool split = carriers.size() > 1;
+    std::vector<std::size_t> runOf(nearHooks_[g].size());  // reading no hook: the first run's
+    bool split = !carriers.empty();
     for (std::size_t i = 0; split && i < nearHooks_[g].size(); ++i) {
       SegmentCP* c = nearHooks_[g][i];
       std::size_t found = none;
@@ -213,7 +213,7 @@ void WholeRefresh::SplitRuns() {
         if (found != none && found != runById[x->id]) split = false;
         found = runById[x->id];
       }
-      runOf[i] = found == none ? 0 : found;
+      if (found != none) runOf[i] = found;
     }
     if (!split) {
       groups.push_back(std::move(groups_[g]));
@@ -289,7 +289,6 @@ void WholeRefresh::Schedule(const WholeFrame& frame, std::size_t parts) {
 // flags and the head (what a position getter checks).
 void WholeRefresh::ListLines() {
   constexpr std::uintptr_t kLine = 64;
-  lines_.clear();
   linesFrom_.assign(1, 0);
   std::vector<const SegmentCP*> points;
   for (std::size_t g = 0; g < groups_.size(); ++g) {
