@@ -395,11 +395,9 @@ void WholeRefresh::Run(WholeFrame& frame, int threads) {
   });
   OnThreads(parts, [&](std::size_t part) {
     const std::vector<std::size_t>& groups = late_[part];
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-      if (i == 0)
-        for (std::size_t j = 0; j < kAheadGroups && j < groups.size(); ++j) fetch(groups[j]);
-      if (i + kAheadGroups < groups.size()) fetch(groups[i + kAheadGroups]);
-      group(groups[i]);
+    for (std::size_t i = 0; i < groups.size() + kAheadGroups; ++i) {  // fetching kAheadGroups ahead
+      if (i < groups.size()) fetch(groups[i]);
+      if (i >= kAheadGroups) group(groups[i - kAheadGroups]);
     }
   });
 }
