@@ -91,12 +91,7 @@ std::string Name(PointId id) {
 
 bool Finite(const Vector& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
 bool Finite(const Delta& d) { return std::isfinite(d.pitch) && std::isfinite(d.yaw) && std::isfinite(d.magnitude); }
-bool Finite(const Matrix& m) {
-  for (const auto& row : m.m)
-    for (float v : row)
-      if (!std::isfinite(v)) return false;
-  return true;
-}
+using detail::Finite;
 
 }  // namespace
 

@@ -5,16 +5,12 @@
 
 namespace splinecore::detail {
 
-namespace {
-
 bool Finite(const Matrix& m) {
   for (const auto& row : m.m)
     for (float v : row)
       if (!std::isfinite(v)) return false;
   return true;
 }
-
-}  // namespace
 
 bool InvertAffine(const Matrix& m, Matrix* out) {
   if (!Finite(m)) return false;
