@@ -165,8 +165,8 @@ void WholeRefresh::MakeGroups(bool hostEffects) {
 
 // The carriers of the runs a group is made of, in figure order, when
 // RefreshPlacedRun may compute each: every member is a hook whose spline
-// neighbour and its head are no hooks, and what each run reads outside it
-// are plain points (none: the group goes to the getters).
+// neighbour is no hook (nor, then, its head), and what each run reads
+// outside it are plain points (none: the group goes to the getters).
 std::vector<SegmentCP*> WholeRefresh::DirectRuns(const OrderedPoints& group) const {
   auto plain = [this](const SegmentCP* x) { return lazyById_[x->id] == 0 && lazyById_[x->head->id] == 0; };
   std::vector<SegmentCP*> carriers;
@@ -175,8 +175,7 @@ std::vector<SegmentCP*> WholeRefresh::DirectRuns(const OrderedPoints& group) con
     SegmentCP* h = member.second;
     SegmentCP* neighbour = h->prev != nullptr ? h->prev : h->next;
     SegmentCP* carrier = h->IsHook() ? FindCarrier(h) : nullptr;
-    if (carrier == nullptr || (neighbour != nullptr && (neighbour->IsHook() || neighbour->head->IsHook())))
-      return {};
+    if (carrier == nullptr || (neighbour != nullptr && neighbour->IsHook())) return {};
     if (std::find(carriers.begin(), carriers.end(), carrier) != carriers.end()) continue;
     if (!PlacedRunReady(carrier, plain)) return {};
     carriers.push_back(carrier);
@@ -302,11 +301,11 @@ void WholeRefresh::ListLines() {
     for (const SegmentCP* c : points) {
       const auto from = reinterpret_cast<std::uintptr_t>(c);
       const std::size_t size = c->IsHook() ? sizeof(HookSegmentCP) : sizeof(SegmentCP);
-      for (std::uintptr_t at = from & ~(kLine - 1); at < from + size; at += kLine) lines.push_back(at);
+      for (std::uintptr_t at = from / kLine * kLine; at < from + size; at += kLine) lines.push_back(at);
       for (const SegmentCP* x : {c->prev, c->next})
         if (x != nullptr)
           for (const void* at : {static_cast<const void*>(&x->flags), static_cast<const void*>(&x->head)})
-            lines.push_back(reinterpret_cast<std::uintptr_t>(at) & ~(kLine - 1));
+            lines.push_back(reinterpret_cast<std::uintptr_t>(at) / kLine * kLine);
     }
     std::sort(lines.begin(), lines.end());
     lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
