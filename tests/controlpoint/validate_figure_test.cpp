@@ -2,7 +2,6 @@
 // is reported (and only that rule), and no broken link makes it loop.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>

@@ -3,10 +3,7 @@
 // bit, for the shared figures of examples/figures and the fuzz corpus.
 #include "splinecore/figure_file.h"
 
-#include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 

@@ -193,7 +193,7 @@ TEST(GroupEdit, MoveGroupCarriesTheDisplacementByTheInverseViewsLinearPart) {
   // w = (0.05 + 0.2, -0.9, 0.1 + 0.075) in double from the float inputs,
   // rounded to float, added to p = (1, -2, 1e-3f) and rounded (python3 struct).
   Named n(R"({"splines": [{"name": "a", "points": [{"at": [1, -2, 0.001]}, {"at": [0, 0]}]}]})");
-  n.f.SetView(test::IdentityMatrix(), test::MakeMatrix({0.5f, 1, 0, 7, 0, 0, -3, 8, 1, 0, 0.25f, 9}));
+  n.f.SetView(test::IdentityMatrix(), Matrix{{{0.5f, 1, 0, 7}, {0, 0, -3, 8}, {1, 0, 0.25f, 9}}});
   GroupNode* list = nullptr;
   n["a:0"]->AddToGroup(&list, 1);
   MoveGroup(list, Vector(0.1f, 0.2f, 0.3f));

@@ -16,7 +16,6 @@ namespace {
 
 using test::ExpectVector;
 using test::kSentinel;
-using test::MakeMatrix;
 using test::TestFigure;
 constexpr float kNone = std::numeric_limits<float>::quiet_NaN();  // member left as the sentinel
 
@@ -30,8 +29,8 @@ Vector X(float x) { return std::isnan(x) ? kSentinel : Vector(x, 0, 0); }
 // exactly, so the screen-space arithmetic is exact.
 struct SegmentFigure {
   explicit SegmentFigure(TestFigure& figure) : f(figure) {
-    f.SetScreen(MakeMatrix({0, -2, 0, 10, 2, 0, 0, 20, 0, 0, 2, 30}),
-                MakeMatrix({0, 0.5f, 0, -10, -0.5f, 0, 0, 5, 0, 0, 0.5f, -15}));
+    f.SetScreen(Matrix{{{0, -2, 0, 10}, {2, 0, 0, 20}, {0, 0, 2, 30}}},
+                Matrix{{{0, 0.5f, 0, -10}, {-0.5f, 0, 0, 5}, {0, 0, 0.5f, -15}}});
     f.Open({carrier = f.NewCP(X(0)), end = f.NewCP(X(3))});
     carrier->indelta = end->outdelta = Delta{0, 0, 2};
     carrier->outdelta = end->indelta = Delta{0, 0, 1};

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 
 #include "marrow/marrow.h"
 #include "splinecore/segment_cp.h"

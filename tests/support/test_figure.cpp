@@ -6,20 +6,6 @@
 
 namespace splinecore::test {
 
-Matrix IdentityMatrix() {
-  return MakeMatrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0});
-}
-
-Matrix MakeMatrix(std::initializer_list<float> rows) {
-  Matrix m{};
-  int i = 0;
-  for (float v : rows) {
-    if (i < 12) m.m[i / 4][i % 4] = v;
-    ++i;
-  }
-  return m;
-}
-
 struct TestFigure::OwnedTable {
   MuscleTable table{};
   MuscleTableLink link{};

@@ -4,7 +4,6 @@
 #define SPLINECORE_TESTS_TEST_FIGURE_H
 
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
 #include <new>
 #include <utility>
@@ -15,9 +14,7 @@
 
 namespace splinecore::test {
 
-Matrix IdentityMatrix();
-// Rows given as 12 floats, row-major (m00 m01 m02 m03 m10 ...).
-Matrix MakeMatrix(std::initializer_list<float> rows);
+inline Matrix IdentityMatrix() { return Matrix{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}}; }
 
 // Links cps into one spline (closed: loopEnd on the last); returns the first.
 SegmentCP* Link(const std::vector<SegmentCP*>& cps, bool closed);

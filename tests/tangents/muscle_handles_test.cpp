@@ -68,8 +68,8 @@ TEST(HookWithoutPartners, HasNoTangentAndConvertWritesNothing) {
     SCOPED_TRACE(missing);
     TestFigure g;
     g.SetMuscleMode(true);
-    g.SetScreen(test::MakeMatrix({2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1, 0}),
-                test::MakeMatrix({0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 1, 0}));
+    g.SetScreen(Matrix{{{2, 0, 0, 0}, {0, 2, 0, 0}, {0, 0, 1, 0}}},
+                Matrix{{{0.5f, 0, 0, 0}, {0, 0.5f, 0, 0}, {0, 0, 1, 0}}});
     SegmentCP* carrier = g.NewCP(Vector(0, 0, 0));
     HookSegmentCP* hook = g.NewHook(0.5f);
     SegmentCP* end = nullptr;
