@@ -61,16 +61,11 @@ inline void AskRawGetters(Figure& f) {
   for (int s = 0; s < f.SplineCount(); ++s)
     for (int i = 0; i < f.PointCount(s); ++i) {
       SegmentCP* c = f.ControlPoint(PointId{s, i});
-      c->Getp();
-      c->Getscreenp();
-      c->Getit();
-      c->Getot();
-      c->Getscreenit();
-      c->Getscreenot();
-      if (f.MuscleMode()) {
-        c->Getmit();
-        c->Getmot();
-      }
+      for (auto get : {&SegmentCP::Getp, &SegmentCP::Getscreenp, &SegmentCP::Getit, &SegmentCP::Getot,
+                       &SegmentCP::Getscreenit, &SegmentCP::Getscreenot})
+        (c->*get)();
+      if (f.MuscleMode())
+        for (auto get : {&SegmentCP::Getmit, &SegmentCP::Getmot}) (c->*get)();
     }
 }
 

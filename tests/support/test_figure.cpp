@@ -24,18 +24,6 @@ TestFigure::~TestFigure() {
   for (SegmentCP* first : splines_) DeleteAllCP(first);
   FreeGroup(&cache.groupList);
   FreeGroup(&cache.skinGroupList);
-  for (auto& owned : tables_) {
-    for (MuscleCPData*& data : owned->cpData) {
-      if (data == nullptr) continue;
-      for (MuscleEffect* e = data->effects; e != nullptr;) {
-        MuscleEffect* next = e->next;
-        FreeSeg(e);
-        e = next;
-      }
-      FreeSeg(data);
-      data = nullptr;
-    }
-  }
 }
 
 SegmentCP* TestFigure::NewCP(Vector p, std::uint32_t flags) {
