@@ -172,7 +172,8 @@ class SPLINECORE_API Figure {
   /// Hooks listed here must then be hung with AddHook before any query.
   int AddSpline(const SplineDesc& spline);
   /// Hangs hook point `hook` on carrier's segment, after the carrier's run.
-  /// The carrier must be a non-hook with a next; the hook must not hang yet.
+  /// The carrier must be a non-hook with a next; the hook must not hang yet,
+  /// nor place the segment's end (be it, or place the hook that is, in turn).
   void AddHook(PointId hook, PointId carrier);
   /// Links non-hook points of different stacks-to-be into one stack, top to
   /// bottom. Each must be alone in its stack and at the same position.
@@ -196,7 +197,8 @@ class SPLINECORE_API Figure {
   void Reverse(int spline);
   /// Removes a point. Refused for a carrier with hooks, the last point of a
   /// closed spline of two, the only point of a spline, and a point whose
-  /// removal would leave a carrier without a next.
+  /// removal would leave a carrier without a next or end its segment at a
+  /// hook its hooks place (see AddHook).
   void Delete(PointId point);
   /// Transforms with their inverses (the library carries screen tangents
   /// back to model space with the screen inverse), or with the inverse

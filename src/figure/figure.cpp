@@ -180,6 +180,20 @@ struct Figure::Impl {
   }
   mutable std::vector<PointId> ids;  // by point id; empty: to be rebuilt
 
+  // Whether a hook `placed` marks is met walking from a segment's end
+  // through the hooks that end their carriers' segments in turn: a hook is
+  // placed from its segment's ends, so one met would be placed from its own
+  // position. At most a step a point.
+  template <class Placed>
+  bool PlacedFrom(SegmentCP* end, Placed placed) const {
+    for (std::uint32_t step = 0; step < cache.nextId && end != nullptr && end->IsHook(); ++step) {
+      if (placed(end)) return true;
+      SegmentCP* carrier = FindCarrier(end);
+      end = carrier != nullptr ? carrier->next : nullptr;
+    }
+    return false;
+  }
+
   // Room in the muscle table for the point's id.
   void EnsureSlot(std::uint32_t id) {
     if (id < cpData.size()) return;
@@ -559,7 +573,8 @@ void Figure::AddHook(PointId hook, PointId carrier) {
   if (h->stackPrev != nullptr || h->stackNext != nullptr) Fail(hook, "the hook already hangs on a carrier");
   if (c->IsHook()) Fail(carrier, "a hook carries no hooks");
   if (c->next == nullptr) Fail(carrier, "a carrier needs a next point (its segment)");
-  if (c->next == h) Fail(hook, "a hook cannot ride on the segment that ends at it");
+  if (impl_->PlacedFrom(c->next, [h](const SegmentCP* x) { return x == h; }))
+    Fail(hook, "a hook cannot ride on a segment whose end it places");
   SegmentCP* above = RunBottom(c);
   h->stackNext = above->stackNext;
   if (h->stackNext != nullptr) h->stackNext->stackPrev = h;
@@ -677,6 +692,9 @@ void Figure::Delete(PointId point) {
     Fail(point, "a hook needs a neighbour on its spline");
   if (c->prev != nullptr && c->prev->IsHasHooks() && c->next == nullptr)
     Fail(point, "its prev carries hooks and would be left without a next");
+  if (c->prev != nullptr && c->prev->IsHasHooks() &&
+      impl_->PlacedFrom(c->next, [&c](SegmentCP* x) { return FindCarrier(x) == c->prev; }))
+    Fail(point, "its prev's hooks would ride on a segment whose end they place");
   // What the deletion changes: the stack it leaves (heads, partners, the
   // run it may belong to) and its spline neighbours, which become each
   // other's.

@@ -61,6 +61,10 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { f.SetDeltas(PointId{0, 0}, Delta{}, Delta{NAN, 0, 1}); }, "point 0:0: deltas must be finite");
   refused([&] { f.Delete(PointId{1, 0}); f.Delete(PointId{1, 0}); }, "the only point of a spline");
   refused([&] { f.Delete(PointId{0, 0}); }, "carries hooks");
+  Figure loop(ReadFigureFile(R"({"splines": [{"name": "L", "closed": true, "points": [{"at": [0, 0]}, {"hook": 0.5},
+      {"at": [4, 4]}, {"at": [5, 5]}, {"hook": 0.25}]}], "stacks": [["L:0", "L:4"], ["L:2", "L:1"]]})"));
+  refused([&] { loop.Delete(PointId{0, 3}); }, "point 0:3: its prev's hooks would ride on a segment whose end");
+  EXPECT_EQ(loop.PointCount(0), 5);
   refused([&] { f.AddHook(PointId{2, 1}, PointId{0, 0}); }, "already hangs");
   refused([&] { f.AddSpline(rail); }, "the spline name 'rail' is taken");
   refused([&] { f.AddSpline(SplineDesc{}); }, "point 3:0: a spline needs at least one point");

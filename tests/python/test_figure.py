@@ -65,7 +65,7 @@ def test_bad_arguments_raise_and_change_nothing():
         f.add_spline([[0, 0], [1, 1]], smooth=[True])
     with pytest.raises(ValueError, match="not invertible"):
         f.set_screen(np.zeros((3, 4)))
-    with pytest.raises(splinecore.FigureError, match="ends at it"):
+    with pytest.raises(splinecore.FigureError, match="whose end it places"):
         f.add_hook((0, 2), 0.5, 0)
     assert f.spline_count == 1 and f.point_count(0) == 3
     assert f.bezier(0, "screen").tobytes() == before
