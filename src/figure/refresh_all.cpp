@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <numeric>
 
 #include "controlpoint/walks.h"
 #include "figure/shares.h"
@@ -127,38 +128,38 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
 }
 
 void WholeRefresh::MakeGroups(bool hostEffects) {
-  const std::size_t n = lazy_.size();
-  std::vector<std::size_t> root(n);
-  for (std::size_t k = 0; k < n; ++k) root[k] = k;
+  // Union-find over point ids (only the lazy points' are joined).
+  const std::size_t ids = lazyById_.size();
+  std::vector<std::size_t> root(ids);
+  std::iota(root.begin(), root.end(), std::size_t{0});
   auto find = [&root](std::size_t k) {
     while (root[k] != k) k = root[k] = root[root[k]];
     return k;
   };
-  std::vector<std::size_t> indexById(lazyById_.size());
-  for (std::size_t k = 0; k < n; ++k) indexById[lazy_[k].second->id] = k;
-  for (std::size_t k = 0; k < n; ++k) {
+  for (const auto& member : lazy_) {
+    SegmentCP* c = member.second;
     if (hostEffects) {
-      root[find(k)] = find(0);
+      root[find(c->id)] = find(lazy_.front().second->id);
       continue;
     }
-    for (SegmentCP* s : Seeds(lazy_[k].second))
+    for (SegmentCP* s : Seeds(c))
       NearStacks(s, [&](SegmentCP* m) {
-        if (lazyById_[m->id] != 0) root[find(indexById[m->id])] = find(k);
+        if (lazyById_[m->id] != 0) root[find(m->id)] = find(c->id);
       });
   }
-  std::vector<std::size_t> number(n, n);
-  for (std::size_t k = 0; k < n; ++k) {
-    const std::size_t r = find(k);
-    if (number[r] == n) {
+  std::vector<std::size_t> number(ids, ids);  // by root: its group
+  for (const auto& member : lazy_) {
+    SegmentCP* c = member.second;
+    const std::size_t r = find(c->id);
+    if (number[r] == ids) {
       number[r] = groups_.size();
       groups_.emplace_back();
       nearHooks_.emplace_back();
     }
-    SegmentCP* c = lazy_[k].second;
     if (nearHookById_[c->id] != 0) {
       nearHooks_[number[r]].push_back(c);
     } else {
-      groups_[number[r]].push_back(lazy_[k]);
+      groups_[number[r]].push_back(member);
     }
   }
 }
