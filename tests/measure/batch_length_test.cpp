@@ -31,6 +31,7 @@ std::vector<detail::LengthKernel> Kernels() {
 
 TEST(BatchLength, EveryKernelGivesTheScalarBitsOnRandomSegments) {
   EXPECT_TRUE(detail::LengthKernelRuns(detail::LengthKernel::kScalar));  // the reference runs everywhere
+  EXPECT_FALSE(detail::LengthKernelRuns(static_cast<detail::LengthKernel>(99)));  // no such kernel
 #if defined(__x86_64__) || defined(__SSE2__)
   EXPECT_TRUE(detail::LengthKernelRuns(detail::LengthKernel::kSse2));  // every x86 build has it
 #endif
