@@ -180,10 +180,10 @@ struct Figure::Impl {
   }
   mutable std::vector<PointId> ids;  // by point id; empty: to be rebuilt
 
-  // Whether a hook `placed` marks is met walking from a segment's end
-  // through the hooks that end their carriers' segments in turn: a hook is
-  // placed from its segment's ends, so one met would be placed from its own
-  // position. At most a step a point.
+  // Walks from a segment's end through the hooks that end their carriers'
+  // segments in turn (a hook is placed from its segment's ends): whether it
+  // meets a hook `placed` marks, which, hung on that first segment, would be
+  // placed from its own position. At most a step a point.
   template <class Placed>
   bool PlacedFrom(SegmentCP* end, Placed placed) const {
     for (std::uint32_t step = 0; step < cache.nextId && end != nullptr && end->IsHook(); ++step) {
@@ -690,11 +690,11 @@ void Figure::Delete(PointId point) {
   if (c->IsHasHooks()) Fail(point, "carries hooks");
   if (s.points.size() == 2 && s.points[point.index == 0 ? 1 : 0]->IsHook())
     Fail(point, "a hook needs a neighbour on its spline");
-  if (c->prev != nullptr && c->prev->IsHasHooks() && c->next == nullptr)
-    Fail(point, "its prev carries hooks and would be left without a next");
-  if (c->prev != nullptr && c->prev->IsHasHooks() &&
-      impl_->PlacedFrom(c->next, [&c](SegmentCP* x) { return FindCarrier(x) == c->prev; }))
-    Fail(point, "its prev's hooks would ride on a segment whose end they place");
+  if (c->prev != nullptr && c->prev->IsHasHooks()) {
+    if (c->next == nullptr) Fail(point, "its prev carries hooks and would be left without a next");
+    if (impl_->PlacedFrom(c->next, [c](SegmentCP* x) { return FindCarrier(x) == c->prev; }))
+      Fail(point, "its prev's hooks would ride on a segment whose end they place");
+  }
   // What the deletion changes: the stack it leaves (heads, partners, the
   // run it may belong to) and its spline neighbours, which become each
   // other's.
