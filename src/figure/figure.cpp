@@ -454,12 +454,7 @@ struct Figure::Impl {
   // muscle mode around a point with muscle data (it clears `converted`
   // there): such a figure is measured on one thread.
   bool GettersOnlyRead() const {
-    bool onlyReads = muscle;
-    if (!onlyReads) {
-      onlyReads = true;
-      for (const MuscleCPData* d : cpData) onlyReads = onlyReads && d == nullptr;
-    }
-    return onlyReads;
+    return muscle || std::all_of(cpData.begin(), cpData.end(), [](const MuscleCPData* d) { return d == nullptr; });
   }
 
   // Every derived value of the whole figure, with the bits of Recompute.
