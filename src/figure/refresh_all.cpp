@@ -65,7 +65,7 @@ void WholeRefresh::Make(const WholeFrame& frame, std::size_t parts) {
   };
   *this = WholeRefresh{};
   lazyById_.assign(ids, 0);
-  nearHookById_.assign(ids, 0);
+  nearHookById_.resize(ids);  // read for the lazy points only
   for (std::size_t k = 0; k < flat.size(); ++k) {
     SegmentCP* c = flat[k];
     const bool muscleNear = near(c, muscleData) || (frame.muscle && c->IsHasHooks());
