@@ -62,9 +62,11 @@ TEST(Figure, RefusedCallsNameThePointAndChangeNothing) {
   refused([&] { f.Delete(PointId{1, 0}); f.Delete(PointId{1, 0}); }, "the only point of a spline");
   refused([&] { f.Delete(PointId{0, 0}); }, "carries hooks");
   Figure loop(ReadFigureFile(R"({"splines": [{"name": "L", "closed": true, "points": [{"at": [0, 0]}, {"hook": 0.5},
-      {"at": [4, 4]}, {"at": [5, 5]}, {"hook": 0.25}]}], "stacks": [["L:0", "L:4"], ["L:2", "L:1"]]})"));
-  refused([&] { loop.Delete(PointId{0, 3}); }, "point 0:3: its prev's hooks would ride on a segment whose end");
-  EXPECT_EQ(loop.PointCount(0), 5);
+      {"at": [4, 4]}, {"at": [5, 5]}, {"hook": 0.5}, {"at": [6, 6]}, {"at": [7, 7]}, {"hook": 0.25}]}],
+      "stacks": [["L:2", "L:1"], ["L:0", "L:7"], ["L:5", "L:4"]]})"));
+  loop.Delete(PointId{0, 3});  // L:2's segment then ends at L:4, which L:5 and L:6 place
+  refused([&] { loop.Delete(PointId{0, 5}); }, "point 0:5: its prev's hooks would ride on a segment whose end");
+  EXPECT_EQ(loop.PointCount(0), 7);
   refused([&] { f.AddHook(PointId{2, 1}, PointId{0, 0}); }, "already hangs");
   refused([&] { f.AddSpline(rail); }, "the spline name 'rail' is taken");
   refused([&] { f.AddSpline(SplineDesc{}); }, "point 3:0: a spline needs at least one point");

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -31,9 +31,7 @@ inline std::vector<std::filesystem::path> FigureFiles(const char* dir) {
 
 inline FigureDescription LoadFigure(const std::filesystem::path& file) {
   std::ifstream in(file);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return ReadFigureFile(text.str());
+  return ReadFigureFile(std::string(std::istreambuf_iterator<char>(in), {}));
 }
 
 // tests/figures/<name>.json.

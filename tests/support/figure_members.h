@@ -3,6 +3,7 @@
 #ifndef SPLINECORE_TESTS_FIGURE_MEMBERS_H
 #define SPLINECORE_TESTS_FIGURE_MEMBERS_H
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -51,9 +52,7 @@ inline std::vector<std::uint32_t> Members(Figure& f) {
 
 // The first word where two dumps differ (their size when none does).
 inline std::size_t FirstDifference(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b) {
-  std::size_t i = 0;
-  while (i < a.size() && i < b.size() && a[i] == b[i]) ++i;
-  return i == a.size() && i == b.size() ? a.size() : i;
+  return static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin());
 }
 
 // Every raw getter of every point.
