@@ -51,6 +51,7 @@ TEST(FigureFile, DescribesWhatTheFileSays) {
     for (int c = 0; c < 4; ++c) {
       const float k = c != r ? 0.0f : r == 1 ? -1.0f : 1.0f;
       EXPECT_TRUE(scaled.view.m[r][c] == 2 * k && scaled.inverseView.m[r][c] == k / 2) << r << "," << c;
+      EXPECT_TRUE(d.view.m[r][c] == (r == c) && d.inverseView.m[r][c] == (r == c)) << "no view: the identity";
       const float t = c != 3 || r == 2 ? 0.0f : r == 0 ? 3.0f : 4.0f;
       EXPECT_TRUE(scaled.screen.m[r][c] == k + t && scaled.inverseScreen.m[r][c] == k + (r == 0 ? -t : t)) << r << "," << c;
     }

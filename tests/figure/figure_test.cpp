@@ -18,13 +18,8 @@ namespace splinecore {
 namespace {
 
 SplineDesc Line(std::initializer_list<Vector> at, bool closed = false) {
-  SplineDesc s;
-  s.closed = closed;
-  for (const Vector& v : at) {
-    PointDesc p;
-    p.at = v;
-    s.points.push_back(p);
-  }
+  SplineDesc s{{}, closed, ""};
+  for (const Vector& v : at) s.points.push_back(PointDesc{v});
   return s;
 }
 
